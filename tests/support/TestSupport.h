@@ -1,0 +1,76 @@
+#pragma once
+// Small helpers shared by the test suites.
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <unistd.h>
+
+namespace testing_support {
+
+// A fresh directory under the system temp dir, removed with the object.
+class TempDir
+{
+public:
+    TempDir()
+    {
+        static int counter = 0;
+        const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
+        std::string name = std::string("sarvo_") + (info ? info->test_suite_name() : "t") + "_" +
+                           (info ? info->name() : "x") + "_" + std::to_string(::getpid()) + "_" +
+                           std::to_string(counter++);
+        _path = std::filesystem::temp_directory_path() / name;
+        std::filesystem::remove_all(_path);
+        std::filesystem::create_directories(_path);
+    }
+    ~TempDir() { std::filesystem::remove_all(_path); }
+    TempDir(const TempDir&) = delete;
+    TempDir& operator=(const TempDir&) = delete;
+
+    std::string file(const std::string& name) const { return (_path / name).string(); }
+    const std::filesystem::path& path() const { return _path; }
+
+private:
+    std::filesystem::path _path;
+};
+
+inline void write_file(const std::string& path, const std::string& content)
+{
+    std::ofstream out(path, std::ios::binary);
+    out << content;
+}
+
+inline std::string read_file(const std::string& path)
+{
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream s;
+    s << in.rdbuf();
+    return s.str();
+}
+
+// Runs `statement` and returns the text of the kernel assertion it threw,
+// or "" when it threw nothing.
+template <typename F> std::string assertion_text(F&& statement)
+{
+    try
+    {
+        statement();
+    }
+    catch (const std::string& text)
+    {
+        return text;
+    }
+    return "";
+}
+
+// True when `text` is the kernel's failure text for `condition`.
+inline bool is_assertion_of(const std::string& text, const std::string& condition)
+{
+    return text.rfind(condition + " failed at [", 0) == 0 && text.find(", line: ") != std::string::npos &&
+           !text.empty() && text.back() == ']';
+}
+
+} // namespace testing_support
