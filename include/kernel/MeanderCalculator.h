@@ -1,0 +1,91 @@
+#pragma once
+// Closure relations of the channel: how depth, width, wavelength, velocity and
+// friction follow from each other, and the defaults of each, for fluvial and
+// for turbidite systems.
+
+#include <string>
+
+class iParameters;
+class iTracer;
+
+class MeanderCalculator
+{
+public:
+    MeanderCalculator(iParameters const* parameters, iTracer* tracer);
+
+    iParameters const* parameters() const { return _params; }
+    iTracer* tracer() const { return _tracer; }
+
+    // Defaults read from the registry.
+    double default_hmax() const;
+    double default_erod_coef() const;
+    double max_erod_coef() const;
+    double global_concentration() const;
+    double default_wavelength() const;
+    double default_levee_width() const;
+    double default_slope() const;
+
+    // Factors of the system type.
+    double default_d2w_factor() const;
+    double default_w2wl_factor() const;
+    double default_w2lob_factor() const;
+    double default_kob() const;
+    double default_kmig() const;
+    double default_kvp() const;
+    double default_tau_cut() const;
+    double default_sinuo(bool flag) const;
+
+    // Depth and width.
+    static double hmax_from_hmean(double hmean);
+    static double hmean_from_hmax(double hmax);
+    double hflow_max_from_hmax(double hmax) const;
+    double hflow_eff_from_hflow_max(double hflow_max) const;
+    double hflow_max_from_hflow_eff(double hflow_eff) const;
+    double hfloweff_from_hmean(double hmean) const;
+    double width_from_hmean(double hmean) const;
+    double hmean_from_width(double width) const;
+    double hmax_from_width(double width) const;
+    double mesh_from_width(double width) const;
+    double wavelength_from_width(double width) const;
+    double lambda_from_width(double width) const;
+    double iob_from_hmean(double hmean) const;
+    static double ios_from_iob(double iob);
+    double hmean_from_hmean0_and_sinuosity(double hmean0, double sinuosity) const;
+    double velocity_from_velocity0_and_sinuosity(double velocity0, double sinuosity) const;
+
+    // Directions, in radians relative to the grid, in degrees absolute.
+    static double relative_flow_direction(double grid_direction, double flow_direction);
+    static double absolute_flow_direction(double grid_direction, double relative_direction);
+
+    static double erod_year(double erod_coef);
+    static double channel_slope(double slope, double sinuosity);
+
+    // Flow.
+    double beta_prime() const;
+    double cf_from_hmean_and_wavelength(double hmean, double wavelength) const;
+    double velocity_from_hmean_and_cf(double hmean, double cf, double slope, double sinuosity) const;
+    double froude_from_hmean_and_velocity(double hmean, double velocity, double concentration) const;
+    double flow_discharge_from_width_hmean_and_velocity(double width, double hmean, double velocity) const;
+    double flow_from_width_hmean_and_velocity(double width, double hmean, double velocity) const;
+    void compute_pde_parameters(double width, double hmean, double velocity, double cf, double concentration,
+                                double& a, double& b, double& d, double& e) const;
+    double erod_from_wavelength(double wavelength) const;
+
+    // Depth of the parabolic section at signed distance n from the axis.
+    static double parabolic_cross_section_depth(double n, double width, double hmean);
+
+    // 0 when consistent, 5 with warnings, 6 when a rule is broken; the
+    // items are left in _msg.
+    int check_consistency() const;
+
+    static std::string _msg;
+    static bool _use_standard;
+
+private:
+    bool turbidite() const;
+    double scour_factor() const;
+    void error(const std::string& text) const;
+
+    iParameters const* _params;
+    iTracer* _tracer;
+};
