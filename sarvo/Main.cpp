@@ -1,0 +1,101 @@
+#include "Main.h"
+
+#include "kernel/Parameters.h"
+#include "kernel/Tracer.h"
+
+#ifdef SARVO_WITH_GUI
+#include "gui/Desktop.h"
+#endif
+
+#include <iostream>
+
+namespace {
+constexpr int TIER_FREE = 0;
+constexpr int TIER_PREMIUM = 1;
+constexpr int TIER_RESEARCH = 2;
+} // namespace
+
+Main::Main() : _tracer(std::make_unique<Tracer>()), _parameters(std::make_unique<Parameters>(_tracer.get()))
+{
+    _parameters->setUsingFluvi();
+    _parameters->setUsingDistrib(TIER_FREE);
+}
+
+Main::~Main() = default;
+
+void Main::trace_function(const char* text, TraceLevel level)
+{
+    if (text)
+        std::cout << text << std::flush;
+    else
+        std::cout.setstate(std::ios::badbit);
+    if (level == TRACE_FATAL)
+        throw -1;
+}
+
+void Main::FixDistribution(const CommandLineOptions& options)
+{
+    if (options.free)
+        _parameters->setUsingDistrib(TIER_FREE);
+    else if (options.premium)
+        _parameters->setUsingDistrib(TIER_PREMIUM);
+    else
+        _parameters->setUsingDistrib(TIER_RESEARCH);
+}
+
+int Main::run(int argc, char** argv)
+{
+    CommandLineOptions options;
+    std::string error;
+    const std::string program = argc > 0 ? argv[0] : "sarvo";
+    if (!CommandLine::parse(argc, argv, options, error))
+    {
+        std::cout << error << "\n" << CommandLine::usage(program);
+        return EXIT_REFUSED;
+    }
+    if (options.help)
+    {
+        std::cout << CommandLine::usage(program);
+        return EXIT_DONE;
+    }
+    if (options.verbose)
+        _tracer->setTraceLevel(TRACE_ALL);
+    _no_splash = options.no_splash;
+    _batch_file = options.batch_file;
+    _tracer->setTraceFunction(trace_function);
+    FixDistribution(options);
+    _tracer->info("Sarvo " + _parameters->getFullVersion());
+
+    try
+    {
+        return _batch_file.empty() ? runDesktop(argc, argv) : runBatch();
+    }
+    catch (int)
+    {
+        // A fatal trace already told the user why.
+        return EXIT_LAUNCH_FAILED;
+    }
+}
+
+int Main::runBatch()
+{
+    if (_parameters->usingFree())
+    {
+        _tracer->error("Batch mode is not available in Free version!");
+        return EXIT_REFUSED;
+    }
+    _tracer->error("Batch mode is not available in this build yet: the simulation driver is not part of it.");
+    return EXIT_LAUNCH_FAILED;
+}
+
+int Main::runDesktop(int argc, char** argv)
+{
+#ifdef SARVO_WITH_GUI
+    return ::runDesktop(argc, argv);
+#else
+    (void)argc;
+    (void)argv;
+    _tracer->error("This build has no desktop application (built with SARVO_GUI=OFF): run a batch file with -b <file>.");
+    return EXIT_REFUSED;
+#endif
+}

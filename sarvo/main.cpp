@@ -1,0 +1,7 @@
+#include "Main.h"
+
+int main(int argc, char** argv)
+{
+    Main app;
+    return app.run(argc, argv);
+}
