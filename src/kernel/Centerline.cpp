@@ -1,0 +1,6 @@
+#include "kernel/Centerline.h"
+
+bool Centerline::write(const std::string& path)
+{
+    return PointsSet::write(path, "Centerline");
+}
