@@ -13,7 +13,8 @@ const CmdLineEntry g_cmdLineDesc[] = {
 };
 const int g_cmdLineDescSize = sizeof(g_cmdLineDesc) / sizeof(g_cmdLineDesc[0]);
 
-namespace {
+namespace
+{
 
 const CmdLineEntry* find_entry(const std::string& name)
 {
@@ -27,12 +28,23 @@ void apply_switch(const CmdLineEntry& e, CommandLineOptions& options)
 {
     switch (e.short_name[0])
     {
-    case 'h': options.help = true; break;
-    case 'f': options.free = true; break;
-    case 'p': options.premium = true; break;
-    case 'v': options.verbose = true; break;
-    case 's': options.no_splash = true; break;
-    default: break;
+    case 'h':
+        options.help = true;
+        break;
+    case 'f':
+        options.free = true;
+        break;
+    case 'p':
+        options.premium = true;
+        break;
+    case 'v':
+        options.verbose = true;
+        break;
+    case 's':
+        options.no_splash = true;
+        break;
+    default:
+        break;
     }
 }
 
@@ -133,7 +145,8 @@ std::string CommandLine::usage(const std::string& program)
     s << "Usage: " << program << " [-h] [-f] [-p] [-v] [-s] [-b <file>]\n";
     for (const CmdLineEntry& e : g_cmdLineDesc)
     {
-        std::string names = std::string("  -") + e.short_name + ", --" + e.long_name + (e.is_switch ? "" : " <file>");
+        std::string names =
+            std::string("  -") + e.short_name + ", --" + e.long_name + (e.is_switch ? "" : " <file>");
         names.resize(std::max<size_t>(names.size() + 2, 26), ' ');
         s << names << e.description << "\n";
     }

@@ -8,8 +8,8 @@
 // One row of the option table.
 struct CmdLineEntry
 {
-    bool is_switch;          // a switch takes no value; an option takes a text
-    const char* short_name;  // one letter
+    bool is_switch;         // a switch takes no value; an option takes a text
+    const char* short_name; // one letter
     const char* long_name;
     const char* description;
 };

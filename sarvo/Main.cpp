@@ -9,7 +9,8 @@
 
 #include <iostream>
 
-namespace {
+namespace
+{
 constexpr int TIER_FREE = 0;
 constexpr int TIER_PREMIUM = 1;
 constexpr int TIER_RESEARCH = 2;
@@ -95,7 +96,8 @@ int Main::runDesktop(int argc, char** argv)
 #else
     (void)argc;
     (void)argv;
-    _tracer->error("This build has no desktop application (built with SARVO_GUI=OFF): run a batch file with -b <file>.");
+    _tracer->error(
+        "This build has no desktop application (built with SARVO_GUI=OFF): run a batch file with -b <file>.");
     return EXIT_REFUSED;
 #endif
 }

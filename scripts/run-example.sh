@@ -6,4 +6,5 @@ scripts/install-deps.sh
 cmake -S . -B build -G Ninja -DSARVO_GUI="${SARVO_GUI:-ON}"
 cmake --build build --target sarvo
 cd examples/default
+mkdir -p output
 ../../build/sarvo/sarvo -b default.bat

@@ -5,23 +5,26 @@
 
 #include <string>
 
-namespace kernel_assert_detail {
+namespace kernel_assert_detail
+{
 [[noreturn]] inline void fail(const char* condition, const char* file, int line)
 {
     throw std::string(condition) + " failed at [" + file + ", line: " + std::to_string(line) + "]";
 }
 } // namespace kernel_assert_detail
 
-#define MP_ASSERT(condition)                                                                 \
-    do {                                                                                     \
-        if (!(condition))                                                                    \
-            kernel_assert_detail::fail(#condition, __FILE__, __LINE__);                      \
+#define MP_ASSERT(condition)                                                                                 \
+    do                                                                                                       \
+    {                                                                                                        \
+        if (!(condition))                                                                                    \
+            kernel_assert_detail::fail(#condition, __FILE__, __LINE__);                                      \
     } while (false)
 
 // Same failure, with a text chosen by the caller where the checked expression
 // differs from the one users are told about.
-#define MP_ASSERT_TEXT(condition, text)                                                      \
-    do {                                                                                     \
-        if (!(condition))                                                                    \
-            kernel_assert_detail::fail(text, __FILE__, __LINE__);                            \
+#define MP_ASSERT_TEXT(condition, text)                                                                      \
+    do                                                                                                       \
+    {                                                                                                        \
+        if (!(condition))                                                                                    \
+            kernel_assert_detail::fail(text, __FILE__, __LINE__);                                            \
     } while (false)

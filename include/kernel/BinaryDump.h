@@ -10,7 +10,8 @@
 #include <type_traits>
 #include <vector>
 
-namespace dump {
+namespace dump
+{
 
 // Bounds that keep a corrupt length from turning into a huge allocation.
 constexpr int32_t MAX_DUMP_TEXT = 1 << 26;

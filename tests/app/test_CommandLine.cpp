@@ -4,7 +4,8 @@
 
 #include <vector>
 
-namespace {
+namespace
+{
 
 struct Parsed
 {
@@ -35,11 +36,8 @@ TEST(CommandLine, OptionTableHasTheDocumentedRowsInOrder)
 
 TEST(CommandLine, ShortLongAndGluedFormsAreAccepted)
 {
-    for (auto args : std::vector<std::vector<const char*>>{{"-b", "a.bat"},
-                                                            {"-batch", "a.bat"},
-                                                            {"--batch", "a.bat"},
-                                                            {"--batch=a.bat"},
-                                                            {"-ba.bat"}})
+    for (auto args : std::vector<std::vector<const char*>>{
+             {"-b", "a.bat"}, {"-batch", "a.bat"}, {"--batch", "a.bat"}, {"--batch=a.bat"}, {"-ba.bat"}})
     {
         Parsed p = parse(args);
         ASSERT_TRUE(p.ok) << p.error;

@@ -6,7 +6,8 @@
 
 #include <vector>
 
-namespace {
+namespace
+{
 
 struct Outcome
 {
@@ -52,7 +53,8 @@ TEST(Main, BatchOnTheFreeTierIsRefusedBeforeReadingTheFile)
 {
     const Outcome o = run_main({"-f", "-b", "/nonexistent/run.bat"});
     EXPECT_EQ(o.status, Main::EXIT_REFUSED);
-    EXPECT_NE(o.out.find("##  ERROR  ## : Batch mode is not available in Free version!\n"), std::string::npos);
+    EXPECT_NE(o.out.find("##  ERROR  ## : Batch mode is not available in Free version!\n"),
+              std::string::npos);
 }
 
 TEST(Main, FatalTraceLevelThrows)

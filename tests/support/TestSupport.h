@@ -9,7 +9,8 @@
 #include <string>
 #include <unistd.h>
 
-namespace testing_support {
+namespace testing_support
+{
 
 // A fresh directory under the system temp dir, removed with the object.
 class TempDir
