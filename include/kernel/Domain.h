@@ -1,0 +1,218 @@
+#pragma once
+// The simulated block: one deposition stack per grid node, with the surfaces
+// and maps that act on it, its regional slope and flow direction, and the
+// margins around the grid in which channels may run without depositing.
+
+#include "interface/iDomain.h"
+#include "interface/iTracer.h"
+#include "kernel/Constants.h"
+#include "kernel/DepositionSet.h"
+#include "kernel/Facies.h"
+#include "kernel/Grid2D.h"
+#include "kernel/Line2D.h"
+#include "kernel/Point2D.h"
+#include "kernel/Vector2D.h"
+
+#include <iosfwd>
+#include <string>
+#include <vector>
+
+class DistributionGenerator;
+class EMap;
+class iChannel;
+class MassBalance;
+class MeanderCalculator;
+class SeedGenerator;
+class TectoMap;
+class Topo;
+
+// How a new surface replaces the topography.
+enum SurfMode
+{
+    SURF_EXCD = 0,         // not supported for a replacement
+    SURF_ERODE_FILL = 1,   // erode above the surface, fill below it
+    SURF_FILL = 2,         // fill only
+    SURF_ERODE = 3,        // erode only
+    SURF_ERODE_BOTTOM = 4, // raise the base of the block up to the surface
+};
+
+class Domain : public Grid2D<DepositionSet>, public iDomain
+{
+public:
+    // The geometry has a zero origin; the location is `origin` at elevation `zref`.
+    Domain(MeanderCalculator* mc, SeedGenerator* seed, MassBalance* mb, const Topo* flat, double dx,
+           double dy, int nx, int ny, const Point2D& origin, double rotation, double zref, unsigned int age,
+           const Facies& facies);
+    ~Domain() override;
+    Domain(const Domain&) = delete;
+    Domain& operator=(const Domain&) = delete;
+
+    // Copies every node and every field of a domain of the same geometry and location.
+    void resetFrom(const Domain& dom);
+
+    // --- Slope, flow direction, margins
+    // Slope and absolute flow direction (degrees); recomputes corners, lines and border extremes.
+    void update_slope(double slope, double angle);
+    void set_margins(int mx, int my);
+    int get_mx() const { return _mx; }
+    int get_my() const { return _my; }
+    double get_diagonal() const { return _diagonal; }
+    double get_slope() const { return _slope; }
+    double get_slope_x() const { return _slope_x; }
+    double get_slope_y() const { return _slope_y; }
+    double get_flow_angle() const { return _flow_angle; }
+    Vector2D get_flow_direction() const { return Vector2D(_dir_x, _dir_y); }
+    double get_scalar_dir(int k) const { return _scalar_dir[k]; }
+    static const Vector2D& get_grid_vector(int k) { return _grid_vectors[k]; }
+    const Point2D& get_upstream_corner() const { return _upstream_corner; }
+    const Point2D& get_downstream_corner() const { return _downstream_corner; }
+    const Line2D& get_upstream_line() const { return _upstream_line; }
+    const Line2D& get_downstream_line() const { return _downstream_line; }
+    const Point2D& get_upstream_apex() const { return _upstream_apex; }
+    const Point2D& get_downstream_apex() const { return _downstream_apex; }
+    // Corners of the flow-aligned rectangle holding the domain and its margins.
+    const Point2D& get_corner(int k) const { return _corner[k]; }
+
+    // --- Border extremes of the topography (with water) and of the pseudo-topography
+    void compute_border_zmin();
+    void compute_border_zmax();
+    double get_zmin_border() const { return _zmin_border; }
+    double get_zmax_border() const { return _zmax_border; }
+    double get_zmin_border_altered() const { return _zmin_border_altered; }
+    double get_zmax_border_altered() const { return _zmax_border_altered; }
+
+    // --- Surfaces continued beyond the grid
+    // Folds index i back into [0, n); true in the half of the fold that is mirrored.
+    static bool margin_idx(int n, int& i, int& m);
+    double get_topo_extrapolated(bool rel, bool with_water, int i, int j, int mx = MP_UNDEF_INT,
+                                 int my = MP_UNDEF_INT, bool flatten = false) const override;
+    double get_erodibility_extrapolated(int i, int j) const;
+    double get_topo_neigh_dry(int i, int j) const;
+    // The surface on which new courses are sought, lowered where erodibility is high.
+    void compute_pseudo_topo(double hmax, DistributionGenerator& generator);
+
+    // --- Erodibility
+    double get_erod_default() const { return _erod_default; }
+    double get_erod_mean() const { return _erod_mean; }
+
+    // --- Loading surfaces and maps (false with a message on failure)
+    bool load_topo(const Topo& topo, int mode, unsigned int age, unsigned char family);
+    // The input resampled on the domain grid, in relative elevations.
+    bool migrate_topo(const Topo& in, Topo& out) const;
+    bool load_zul(const Topo& topo);
+    bool load_tecto(const TectoMap& map);
+    bool load_emap(const EMap& map);
+    bool build_emap_zul(double coef);
+    // A map of erodibility peaking along a centerline (relative frame) of the given width.
+    void get_emap_built_CP(EMap& emap, const std::vector<Point2D>& centerline, double width, double coef,
+                           double ax, double ay) const;
+    void get_emap_built_CP(EMap& emap, const iChannel& channel, double coef, double ax, double ay) const;
+
+    // --- Flattening
+    void setFlattening(const Topo* flat) { _flat = flat; }
+    const Topo* getFlattening() const { return _flat; }
+    void updateFlattening();
+
+    // --- Actions on all stacks
+    void apply_tecto(int t);
+    void forget_remaining();
+    bool replace_facies(unsigned char family);
+    void deposit_uniform_thickness(double thickness, const Facies& facies, unsigned int age);
+    // Background rain on dry nodes: dt iterations at pel_drap_int per 10000 iterations.
+    void deposit_pel_drap(int dt, double pel_drap_int, unsigned int age);
+
+    // --- Surfaces handed out, on the domain geometry
+    // Geographic top, or the horizon of `age` when it is not 0.
+    void getTopo(Topo& topo, bool with_water, unsigned int age = 0) const;
+    void get_age_horizon(Topo& topo, unsigned int age) const;
+    void get_emap(EMap& emap) const;
+    // Geographic upper limit, undefined where none is set.
+    void get_zul(Topo& topo) const;
+    void get_tecto_map(TectoMap& map) const;
+    // Percentage of nodes still below the upper limit; 1 for a share under 1 %, 0 for none.
+    int upper_limit_zul() const;
+
+    // --- Elevation extremes
+    double max_elevation_rel() const override;
+    double min_elevation_rel() const override;
+    void min_and_max_elevation_rel(double& zmin, double& zmax) const override;
+    void min_and_max_elevation_geo(double& zmin, double& zmax) const override;
+    double max_elevation_geo() const;
+    double min_elevation_geo() const;
+    double mean_topo_geo(bool with_water) const override;
+    unsigned int oldest_age() const override;
+
+    // --- Frames
+    Point2D getGridPointFromRel(const Point2D& p) const { return rel2Grid(p, true); }
+    Point2D getGridPointFromGeo(const Point2D& p) const { return geo2Grid(p, true); }
+    bool isValid(int i, int j) const { return i >= 0 && i < _nx && j >= 0 && j < _ny; }
+
+    // --- Dump: one stack record per node, i fastest; the tracer's progress after each row.
+    bool binary_output(std::ostream& out) const;
+    bool binary_input(std::istream& in);
+
+    // --- Borrowed objects
+    MeanderCalculator* getMeanderCalculator() const { return _mc; }
+    iTracer* getTracer() const { return _tracer; }
+    SeedGenerator* getSeedGenerator() const { return _seed; }
+    MassBalance* getMassBalance() const { return _mb; }
+
+    // --- iDomain
+    const GridParams& getGridParams() const override { return *this; }
+    int getMarginX() const override { return _mx; }
+    int getMarginY() const override { return _my; }
+    double getFlowAngle() const override { return _flow_angle; }
+    double getSlope() const override { return _slope; }
+    double getZref() const override { return _location.get_elevation(); }
+    double getTopoRel(int i, int j, bool with_water) const override;
+    double getTopoGeo(int i, int j, bool with_water) const override;
+    double getWaterDepth(int i, int j) const override;
+    double getErodibility(int i, int j) const override;
+    double getUpperLimitGeo(int i, int j) const override;
+    std::vector<DepositUnit> getStack(int i, int j) const override;
+    bool getSliceInfo(int i, int j, double z, unsigned char& facies, unsigned int& age) const override;
+
+private:
+    void compute_corners();
+    double flattening_reference() const;
+    bool flattening_value(int i, int j, double& value) const;
+    double topo_value(bool rel, bool with_water, int i, int j) const;
+    template <typename Value>
+    double extrapolate(const Value& value, int i, int j, int mx, int my, bool clamp, double zmin,
+                       double zmax) const;
+    void error(const std::string& text) const;
+    void warning(const std::string& text) const;
+    void debug(const std::string& text) const;
+    bool tracing(TraceLevel level) const;
+
+    int _mx = MP_UNDEF_INT;
+    int _my = MP_UNDEF_INT;
+    double _diagonal;
+    double _slope = MP_UNDEF_REAL;
+    double _dir_x = MP_UNDEF_REAL;
+    double _dir_y = MP_UNDEF_REAL;
+    double _slope_x = MP_UNDEF_REAL;
+    double _slope_y = MP_UNDEF_REAL;
+    double _erod_default;
+    double _erod_mean;
+    double _flow_angle = MP_UNDEF_REAL;
+    double _zmin_border = MP_MAX_REAL_VALUE;
+    double _zmin_border_altered = MP_MAX_REAL_VALUE;
+    double _zmax_border = MP_MIN_REAL_VALUE;
+    double _zmax_border_altered = MP_MIN_REAL_VALUE;
+    double _scalar_dir[8] = {0., 0., 0., 0., 0., 0., 0., 0.};
+    Point2D _upstream_corner;
+    Point2D _downstream_corner;
+    Line2D _upstream_line;
+    Line2D _downstream_line;
+    Point2D _upstream_apex;
+    Point2D _downstream_apex;
+    Point2D _corner[4];
+    MeanderCalculator* _mc;
+    iTracer* _tracer;
+    SeedGenerator* _seed;
+    MassBalance* _mb;
+    const Topo* _flat;
+
+    static const Vector2D _grid_vectors[8];
+};
