@@ -1,0 +1,138 @@
+#pragma once
+// One [NEW_SEQ] section of a batch file: what changes at the start of a
+// stretch of simulation (surfaces, maps, parameters, inference) and how long
+// the stretch runs. It reads and checks the section, then runs it through the
+// simulator's door only.
+
+#include "kernel/Constants.h"
+
+#include <iosfwd>
+#include <map>
+#include <string>
+#include <vector>
+
+class iSimulator;
+class NewJournalFile;
+
+class NewJournalSequence
+{
+public:
+    explicit NewJournalSequence(iSimulator* simulator);
+    NewJournalSequence(const NewJournalSequence&) = default;
+    NewJournalSequence& operator=(const NewJournalSequence&) = default;
+
+    // Every keyword back to unset; the simulator, directory and index stay.
+    void reset();
+    // Relative paths of the section are taken from this directory.
+    void setDirectory(const std::string& directory) { _directory = directory; }
+    // An upper limit loaded by an earlier sequence still holds in this one.
+    void setUpperLimitKnown(bool known) { _zulKnown = known; }
+
+    // Reads the lines after the marker up to the next marker or the end of the
+    // stream; `line` is left on that marker (empty at the end). False when an
+    // error was met or `check` refuses the section.
+    bool load(std::istream& stream, std::string& line, int index, bool first);
+    bool check();
+    // A status: 0, or 7 / 8 for a regular stop, anything else a failure.
+    int launch(NewJournalFile* file);
+
+    int getIndex() const { return _index; }
+    // 2147483647 when not given; -1 runs until the upper limit.
+    int getLaunchIt() const { return _launchIt; }
+    bool definesUpperLimit() const { return _hasZulFile || _zulTopo != MP_UNDEF_REAL; }
+    // True when this section switches on the stop at honored wells.
+    bool stopsWhenWellsHonored() const;
+    // Parameters given by name, with their values, in name order.
+    const std::map<std::string, double>& getUserParams() const { return _userParams; }
+
+private:
+    enum Gate
+    {
+        GATE_NONE,
+        GATE_NOT_FREE,
+        GATE_RESEARCH
+    };
+
+    bool read_keyword(const std::string& key, const std::string& value, const std::string& line);
+    bool read_action_keyword(const std::string& key, const std::string& value, const std::string& line,
+                             bool& known);
+    bool read_expert_keyword(const std::string& key, const std::string& value, bool& known);
+    bool read_int(const std::string& key, const std::string& value, int& target);
+    bool read_real(const std::string& key, const std::string& value, double& target);
+    bool read_flag(const std::string& key, const std::string& value, int& target);
+    // False (with its error line) when the tier refuses the keyword.
+    bool allowed(const std::string& key, Gate gate) const;
+    bool allowed_group(const std::string& key) const;
+    bool check_readable(const std::string& path, const std::string& what);
+    std::string path_of(const std::string& name) const;
+
+    int prepare(NewJournalFile* file);
+    int apply_inference();
+    int apply_parameters();
+    int apply_expert_settings();
+    int check_consistency(NewJournalFile* file);
+    void report_forecast();
+    int apply_surfaces();
+    int load_erodibility();
+    int load_tectonics();
+    int replace_topography();
+    int load_upper_limit();
+    int replace_centerline();
+    int erase_facies();
+    int run_sequence(NewJournalFile* file);
+    int run_pieces(NewJournalFile* file);
+    int save_snapshot();
+    void report_end();
+    int fail(const std::string& message, int status = 1);
+
+    iSimulator* _simulator;
+    std::string _directory;
+    int _index;
+    bool _first;
+    bool _zulKnown;
+    bool _failed;
+
+    int _launchIt;
+    bool _hasTopo;
+    std::string _topoFile;
+    double _topoValue;
+    int _topoMode;
+    int _topoFacies;
+    bool _hasClFile;
+    std::string _clFile;
+    bool _hasClPoint;
+    double _clX;
+    double _clY;
+    bool _hasZulFile;
+    std::string _zulFile;
+    double _zulTopo;
+    int _zulType;
+    bool _hasEmapFile;
+    std::string _emapFile;
+    double _emapOffset;
+    bool _hasTectoFile;
+    std::string _tectoFile;
+    std::string _snapLoadDir;
+    std::string _snapSaveDir;
+    bool _hasNexus;
+    std::vector<double> _nexus;
+    int _nexusGrid;
+    bool _hasNeqsus;
+    std::vector<double> _neqsus;
+    int _neqsusGrid;
+    double _eraseFacies;
+    double _eraseFaciesFake;
+    std::vector<int> _sedVolumes;
+    int _sinuoInterval;
+    int _curvaturePoints;
+    double _scourFactor;
+    double _frictionCoeff;
+    double _bankErodCoeff;
+    double _turbAggHeightCoeff;
+    int _condMigWellsFactor;
+    int _condAvWells;
+    int _condNewAlgo;
+    int _condAvMP;
+    int _condBlockAv;
+    std::map<std::string, double> _userParams;
+};

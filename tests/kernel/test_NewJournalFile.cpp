@@ -1,0 +1,564 @@
+#include "kernel/NewJournalFile.h"
+
+#include "FakeSimulator.h"
+#include "TestSupport.h"
+#include "kernel/Core.h"
+#include "kernel/GridReal.h"
+
+#include <random>
+#include <sys/stat.h>
+
+using testing_support::FakeSimulator;
+using testing_support::read_file;
+using testing_support::TempDir;
+using testing_support::trace_text;
+using testing_support::write_file;
+
+namespace
+{
+
+const char* SEQUENCE = "[NEW_SEQ]\nLAUNCH_IT = 10\n";
+
+bool traced(const std::string& text)
+{
+    return trace_text().find(text) != std::string::npos;
+}
+
+// Loads `content` written as "run.bat" in `dir`.
+bool load_batch(FakeSimulator& sim, const TempDir& dir, const std::string& content)
+{
+    write_file(dir.file("run.bat"), content);
+    trace_text().clear();
+    NewJournalFile file(&sim);
+    return file.load(dir.file("run.bat"));
+}
+
+void write_f2g(const std::string& path, double value)
+{
+    GridReal grid(10., 10., 5, 4);
+    grid.fill(value);
+    ASSERT_TRUE(grid.write(path, nullptr, GRID_FORMAT_F2G));
+}
+
+} // namespace
+
+TEST(NewJournalFile, StructureOfTheFile)
+{
+    TempDir dir;
+    FakeSimulator sim;
+    NewJournalFile file(&sim);
+    EXPECT_FALSE(file.load(dir.file("absent.bat")));
+    EXPECT_TRUE(traced("Loading batch file: " + dir.file("absent.bat")));
+    EXPECT_TRUE(traced("##  ERROR  ## : Error opening batch file: " + dir.file("absent.bat")));
+
+    EXPECT_FALSE(load_batch(sim, dir, "# nothing\n\nF2G_DZ = 1\n[NEW_SEQ]\nLAUNCH_IT = 1\n"));
+    EXPECT_TRUE(traced("Missing [GLOBAL] section"));
+    EXPECT_FALSE(load_batch(sim, dir, ""));
+    EXPECT_TRUE(traced("Missing [GLOBAL] section"));
+
+    EXPECT_FALSE(load_batch(sim, dir, "[GLOBAL]\nF2G_DZ = 1\nF2G_FACIES = 1\n"));
+    EXPECT_TRUE(traced("Missing [NEW_SEQ] section"));
+    EXPECT_FALSE(load_batch(sim, dir, "[GLOBAL]\nF2G_DZ = 1\nF2G_FACIES = 1\n[OTHER]\n"));
+    EXPECT_TRUE(traced("Missing [NEW_SEQ] section"));
+
+    // Spaces, tabs and carriage returns around lines and keys are not part of them.
+    EXPECT_TRUE(load_batch(sim, dir,
+                           "  \t[GLOBAL]\r\n# a comment\r\n F2G_DZ\t=  0.5 \r\nF2G_FACIES=1\n\n[NEW_SEQ]\r\n"
+                           "LAUNCH_IT = 3\n[NEW_SEQ]\nLAUNCH_IT = 4\n"));
+    NewJournalFile file2(&sim);
+    ASSERT_TRUE(file2.load(dir.file("run.bat")));
+    ASSERT_EQ(file2.getSequences().size(), 2u);
+    EXPECT_EQ(file2.getSequences()[0].getLaunchIt(), 3);
+    EXPECT_EQ(file2.getSequences()[1].getLaunchIt(), 4);
+    EXPECT_EQ(file2.getSequences()[1].getIndex(), 2);
+
+    // A section marker that is not a sequence after the sequences is refused.
+    EXPECT_FALSE(
+        load_batch(sim, dir, "[GLOBAL]\nF2G_DZ = 1\nF2G_FACIES = 1\n[NEW_SEQ]\nLAUNCH_IT = 1\n[NEW]\n"));
+}
+
+TEST(NewJournalFile, LineDialect)
+{
+    std::string key;
+    std::string value;
+    EXPECT_TRUE(NewJournalFile::splitLine("A = b = c", key, value));
+    EXPECT_EQ(key, "A");
+    EXPECT_EQ(value, "b = c");
+    EXPECT_FALSE(NewJournalFile::splitLine("no equal", key, value));
+    EXPECT_EQ(NewJournalFile::splitList(" 1 ; 2;;3 "), (std::vector<std::string>{"1", "2", "", "3"}));
+    int i = 0;
+    double r = 0.;
+    EXPECT_TRUE(NewJournalFile::toInt(" -12 ", i));
+    EXPECT_EQ(i, -12);
+    EXPECT_FALSE(NewJournalFile::toInt("12.5", i));
+    EXPECT_FALSE(NewJournalFile::toInt("99999999999", i));
+    EXPECT_FALSE(NewJournalFile::toInt("", i));
+    EXPECT_TRUE(NewJournalFile::toReal("1e3", r));
+    EXPECT_DOUBLE_EQ(r, 1000.);
+    EXPECT_FALSE(NewJournalFile::toReal("3m", r));
+    EXPECT_FALSE(NewJournalFile::toReal("nan", r));
+    EXPECT_FALSE(NewJournalFile::toFlag("2", i));
+    EXPECT_EQ(NewJournalFile::directory("a/b/c.bat"), "a/b");
+    EXPECT_EQ(NewJournalFile::directory("c.bat"), ".");
+}
+
+TEST(NewJournalFile, WarningsKeepTheReadingGoing)
+{
+    TempDir dir;
+    FakeSimulator sim;
+    const std::string tail = "F2G_DZ = 1\nF2G_FACIES = 1\n";
+    EXPECT_TRUE(load_batch(sim, dir, "[GLOBAL]\nFOO = 3\n" + tail + SEQUENCE));
+    EXPECT_TRUE(traced("#  WARNING  # : Unknown keyword: FOO ignored..."));
+    EXPECT_TRUE(traced("Unknown keyword for global section ignored: FOO = 3"));
+
+    EXPECT_TRUE(load_batch(sim, dir, "[GLOBAL]\nwhat is this\n" + tail + SEQUENCE));
+    EXPECT_TRUE(traced("#  WARNING  # : Bad formated line ignored: what is this"));
+
+    EXPECT_TRUE(load_batch(sim, dir, "[GLOBAL]\nEXP_WELL = 1;2;3\n" + tail + SEQUENCE));
+    EXPECT_TRUE(traced("Bad formated line for EXP_WELL ignored: EXP_WELL = 1;2;3"));
+    EXPECT_TRUE(load_batch(sim, dir, "[GLOBAL]\nEXP_WELL = 1;x;3;4\n" + tail + SEQUENCE));
+    EXPECT_TRUE(traced("Bad formated values for EXP_WELL ignored: EXP_WELL = 1;x;3;4"));
+
+    // Keywords the tier refuses are skipped with an error line only.
+    FakeSimulator free(0);
+    EXPECT_TRUE(load_batch(free, dir,
+                           "[GLOBAL]\nWELL_FILE = w.flw\nUSER_CLASS_TYPE = 2\nFLATTENING_FILE = f.f2g\n"
+                           "STATS_COND_FILE = c.csv\n" +
+                               tail + SEQUENCE));
+    EXPECT_TRUE(traced("WELL_FILE keyword is not available in Free version"));
+    EXPECT_TRUE(traced("USER_CLASS_TYPE keyword is not available in Free version"));
+    EXPECT_TRUE(traced("FLATTENING_FILE keyword is not available in Free version"));
+    EXPECT_TRUE(traced("STATS_COND_FILE keyword is not available in Free version"));
+    FakeSimulator premium(1);
+    EXPECT_TRUE(load_batch(premium, dir, "[GLOBAL]\nSTATS_IT = 10\nSTATS_FILE = s.csv\n" + tail + SEQUENCE));
+    EXPECT_TRUE(traced("STATS_IT keyword is only authorized for our research partners"));
+    EXPECT_TRUE(traced("STATS_FILE keyword is only authorized for our research partners"));
+
+    // VERBOSE and TRACE_LEVEL act at once on the tracer.
+    EXPECT_TRUE(load_batch(sim, dir, "[GLOBAL]\nTRACE_LEVEL = 5\n" + tail + SEQUENCE));
+    EXPECT_EQ(sim.tracer().getTraceLevel(), TRACE_DEBUG);
+    EXPECT_TRUE(traced("    Debug     :   Reading line: F2G_DZ = 1"));
+    EXPECT_TRUE(load_batch(sim, dir, "[GLOBAL]\nVERBOSE = 0\n" + tail + SEQUENCE));
+    EXPECT_EQ(sim.tracer().getTraceLevel(), TRACE_WARNING);
+}
+
+TEST(NewJournalFile, BadValuesAndEndOfGlobalChecks)
+{
+    TempDir dir;
+    write_file(dir.file("w1.flw"), "x");
+    write_file(dir.file("w2.flw"), "x");
+    write_file(dir.file("t1.txt"), "x");
+    const std::string f2g = "F2G_DZ = 1\nF2G_FACIES = 1\n";
+    const std::string wells = "WELL_FILE = w1.flw\nWELL_FILE = w2.flw\n";
+    const std::string missing = dir.file("nodir") + "/out.f2g";
+    const std::vector<std::pair<std::string, std::string>> cases = {
+        {"TRACE_LEVEL = high\n" + f2g, "Bad formatted value: high"},
+        {"VERBOSE = 3\n" + f2g, "Bad formatted value: 3"},
+        {"USE_TURBIDITE = 2\n" + f2g, "Wrong turbidite option (use 0 or 1 as 2 is now deprecated)"},
+        {"F2G_DZ = 0\nF2G_FACIES = 1\n", "Wrong F2G_DZ value (must be > 0.)"},
+        {"F2G_ORDER = +Q +X +Z\n" + f2g, "F2G_ORDER value +Q +X +Z is not valid"},
+        {"HISTO_DZ = -1\nHISTO_NZ = 3\n", "Wrong HISTO_DZ or HISTO_NZ value (must be > 0.)"},
+        {"HISTO_NZ = 3\n", "Wrong HISTO_DZ or HISTO_NZ value (must be > 0.)"},
+        {wells + "WELL_NAME = a\n" + f2g, "Please, provide the same number of well names than well files"},
+        {wells + "WELL_TRAJ = t1.txt\n" + f2g,
+         "Please, provide the same number of well trajectories than well files"},
+        {"USER_CLASS_FAC_ID = 1;2\n" + f2g,
+         "Please, indicate the appropriate user class type (discrete (2) or continue (3))"},
+        {"USER_CLASS_TYPE = 2\nUSER_CLASS_FAC_ID = 1;2\nUSER_CLASS_ATT = a\n" + f2g,
+         "Using user class type 2 (discrete), facies id and attribute sizes mismatch"},
+        {"USER_CLASS_TYPE = 3\nUSER_CLASS_FAC_ID = 1;2\nUSER_CLASS_MIN_ITV = 0;1\nUSER_CLASS_MAX_ITV = 1\n" +
+             f2g,
+         "Using user class type 3 (continue), facies id and interval sizes mismatch"},
+        {"WELL_FILE = nowell.flw\n" + f2g, "Well file " + dir.file("nowell.flw") + " is not readable"},
+        {"WELL_FILE = w1.flw\nWELL_TRAJ = t9.txt\n" + f2g,
+         "Well trajectory file " + dir.file("t9.txt") + " is not readable"},
+        {"BASEMENT_TOPO = b.f2g\n" + f2g,
+         "Basement topography file " + dir.file("b.f2g") + " is not readable"},
+        {"FLATTENING_FILE = f.f2g\n" + f2g,
+         "Flattening surface file " + dir.file("f.f2g") + " is not readable"},
+        {"BASEMENT_FACIES = 14\n" + f2g, "Basement facies 14 is not valid"},
+        {"F2G_FILE = " + missing + "\n" + f2g, "F2G_FILE " + missing + " is not writable"},
+        {"TOPO_FILE = " + missing + "\n" + f2g, "TOPO_FILE " + missing + " is not writable"},
+        {"STATS_IT = 5\nSTATS_FILE = " + missing + "\n", "STATS_FILE " + missing + " is not writable"},
+        {"STATS_IT = 5\nSTATS_CL = 1\nSTATS_CL_FILE = " + missing + "\n",
+         "STATS_CL_FILE " + missing + " is not writable"},
+        {wells + "STATS_COND_FILE = " + missing + "\n", "STATS_COND_FILE " + missing + " is not writable"},
+        {"SLICE_Z = 1\nSLICE_FILE = " + missing + "\n", "SLICE_FILE " + missing + " is not writable"},
+        {"HISTO_DZ = 1\nHISTO_NZ = 2\nHISTO_FILE = " + missing + "\n",
+         "HISTO_FILE " + missing + " is not writable"},
+        {wells + "HISTO_DZ = 1\nHISTO_NZ = 2\nHISTO_FILE = " + dir.file("nodir") + "/h\n",
+         "HISTO_FILE " + dir.file("nodir") + "/h is not writable"},
+        {"F2G_DZ = 1\n", "F2G_FACIES or F2G_GRAIN or F2G_AGE keyword is missing"},
+        {"F2G_DZ = 1\nF2G_FACIES = 0\n", "F2G_FACIES or F2G_GRAIN or F2G_AGE keyword is missing"},
+        {"STATS_PROPS = 1\n" + f2g, "STATS_IT, STATS_AV or STATS_COND_FILE keyword is missing"},
+        {"STATS_IT = 5\nSTATS_AV = 2\n", "Only one out of STATS_IT or STATS_AV keyword must be used"},
+        {"STATS_COND_FILE = c.csv\n",
+         "You must import some wells using WELL_FILE keyword for exporting conditioning statistics"},
+        {"SLICE_Z = 1\nSLICE_Z = 2\nSLICE_FILE = s1.f2g\n",
+         "Please, provide the same number of slices file name than required slices"},
+        {"TOPO_FILE = t.f2g\n",
+         "Nothing to export (please use STATS_IT, STATS_AV, SLICE_Z, HISTO_DZ, HISTO_NZ, F2G_DZ, "
+         "EXP_WELL or STATS_COND_FILE)"},
+        {"F2G_IT = 10\n", "Wrong F2G_DZ value (must be > 0.)"},
+    };
+    for (const auto& entry : cases)
+    {
+        FakeSimulator sim;
+        EXPECT_FALSE(load_batch(sim, dir, "[GLOBAL]\n" + entry.first + SEQUENCE)) << entry.first;
+        EXPECT_TRUE(traced("##  ERROR  ## : " + entry.second)) << entry.first << "\n" << trace_text();
+    }
+
+    // An existing file that cannot be written is refused too.
+    if (::geteuid() != 0)
+    {
+        write_file(dir.file("locked.f2g"), "");
+        ::chmod(dir.file("locked.f2g").c_str(), 0444);
+        FakeSimulator sim;
+        EXPECT_FALSE(load_batch(sim, dir, "[GLOBAL]\nF2G_FILE = locked.f2g\n" + f2g + SEQUENCE));
+        EXPECT_TRUE(traced("F2G_FILE " + dir.file("locked.f2g") + " is not writable"));
+    }
+
+    // The good forms of the same keywords pass, and F2G_IT overrides F2G_FILE with a warning.
+    FakeSimulator sim;
+    EXPECT_TRUE(load_batch(sim, dir,
+                           "[GLOBAL]\n" + wells +
+                               "WELL_NAME = a\nWELL_NAME = b\nUSER_CLASS_TYPE = 2\nUSER_CLASS_FAC_ID = 1;2\n"
+                               "USER_CLASS_ATT = sand;shale\nF2G_IT = 5\nF2G_FILE = out.f2g\n" +
+                               f2g + SEQUENCE));
+    EXPECT_TRUE(traced("#  WARNING  # : F2G_FILE keyword is ignored while using F2G_IT."));
+}
+
+TEST(NewJournalFile, SequencesAreCheckedAtLoad)
+{
+    TempDir dir;
+    FakeSimulator sim;
+    const std::string global = "[GLOBAL]\nF2G_DZ = 1\nF2G_FACIES = 1\n";
+    EXPECT_FALSE(load_batch(sim, dir, global + "[NEW_SEQ]\nCOND_WELL_STOP_HONORED = 1\nLAUNCH_IT = 4\n"));
+    EXPECT_TRUE(traced("You must define some wells in order to use 'COND_WELL_STOP_HONORED'"));
+    EXPECT_FALSE(load_batch(sim, dir, global + "[NEW_SEQ]\nCHNL_WIDTH = 50\n"));
+    EXPECT_TRUE(traced("Number of iterations not defined"));
+
+    // An upper limit loaded by an earlier sequence lets a later one run up to it.
+    EXPECT_TRUE(load_batch(sim, dir,
+                           global + "[NEW_SEQ]\nLAUNCH_IT = 4\nZUL_TOPO = 30\n[NEW_SEQ]\nLAUNCH_IT = -1\n"));
+    EXPECT_FALSE(
+        load_batch(sim, dir, global + "[NEW_SEQ]\nLAUNCH_IT = -1\n[NEW_SEQ]\nLAUNCH_IT = 2\nZUL_TOPO = 3\n"));
+    EXPECT_TRUE(traced("Use ZUL_FILE or ZUL_TOPO keyword if you want to use Upper Limit"));
+}
+
+TEST(NewJournalFile, LaunchCallsTheSimulatorInOrder)
+{
+    TempDir dir;
+    FakeSimulator sim;
+    write_file(dir.file("w1.flw"), "x");
+    write_file(dir.file("run.bat"), "[GLOBAL]\nFORCE_SIMU = 0\nWELL_FILE = w1.flw\nWELL_NAME = first\n"
+                                    "F2G_DZ = 0.5\nF2G_FACIES = 1\nF2G_AGE = 1\nF2G_ZBOT = -10\n"
+                                    "TOPO_FILE = topo.f2g\nSLICE_Z = 2.5\nSTATS_COND_FILE = cond.csv\n"
+                                    "HISTO_DZ = 0.5\nHISTO_NZ = 20\nEXP_WELL = 1; 2; ; 8\n"
+                                    "[NEW_SEQ]\nLAUNCH_IT = 10\nCHNL_WIDTH = 60\n"
+                                    "[NEW_SEQ]\nLAUNCH_IT = 5\nNEW_TOPO = 4.5\n");
+    NewJournalFile file(&sim);
+    ASSERT_TRUE(file.load(dir.file("run.bat")));
+    ASSERT_EQ(file.launch(), 0) << trace_text();
+    const std::string base = dir.file("run");
+    const std::vector<std::string> expected = {
+        "init(0)",
+        "addWellFromFile(" + dir.file("w1.flw") + ",,first)",
+        "getAllWells()",
+        "nexusFromWells(1)",
+        "checkConsistency()",
+        "newSequence()",
+        "run(10)",
+        "endSequence()",
+        "checkConsistency()",
+        "replaceTopoFromCst(4.5,1,0,1)",
+        "newSequence()",
+        "run(5)",
+        "endSequence()",
+        "saveSimuF2G(" + base + ".f2g,0.5,F-A,-10,1e+30,+Y +X +Z)",
+        "saveTopo(" + dir.file("topo.f2g") + ",0,+Y +X +Z)",
+        "getSlice(2.5)",
+        "saveConditioningStats(" + dir.file("cond.csv") + ")",
+        "getAllWells()",
+        "saveHistogram(" + base + "_inw_histo.csv,1,0.5,20)",
+        "extractWell(1,2,1e+30,8)",
+        "nexusFromWells(1)",
+        "saveHistogram(" + base + "_outw_histo.csv,1,0.5,20)",
+    };
+    EXPECT_EQ(sim.calls, expected);
+    EXPECT_DOUBLE_EQ(sim.parameters().getParamDouble("CHNL_WIDTH"), 60.);
+    EXPECT_TRUE(traced("Nexus automatic inference from input wells gives NEXUS_HMAX = 2.5, NEXUS_ISBX = 3, "
+                       "NEXUS_SAND = 0.4"));
+    EXPECT_TRUE(traced("Saving " + base + ".f2g between {-10, 1e+30m} by 0.5m..."));
+    EXPECT_TRUE(traced("Extracting well at indices [1, 2]..."));
+    EXPECT_TRUE(traced("End of the simulation..."));
+    EXPECT_TRUE(traced("End of batch!"));
+
+    // The slice is a grid over the domain, the extracted well a readable log.
+    const std::string slice = read_file(base + ".slice_z=2.5.f2g");
+    EXPECT_NE(slice.find("Slice_at_2.5"), std::string::npos);
+    GridReal grid;
+    ASSERT_TRUE(grid.read(base + ".slice_z=2.5.f2g"));
+    EXPECT_EQ(grid.getNx(), 5);
+    EXPECT_DOUBLE_EQ(grid.get_mean(), 3.);
+    const std::string well = read_file(dir.file("EXP_WELL1_2.flw"));
+    EXPECT_NE(well.find("Well automatically extracted by Sarvo at (10, 20)"), std::string::npos);
+    Core core;
+    ASSERT_TRUE(core.read(dir.file("EXP_WELL1_2.flw")));
+    EXPECT_EQ(core.size(), 2);
+}
+
+TEST(NewJournalFile, InitializeBuildsTheModel)
+{
+    TempDir dir;
+    write_file(dir.file("w1.flw"), "x");
+    write_f2g(dir.file("flat.f2g"), 2.);
+    write_f2g(dir.file("base.f2g"), 7.);
+    write_file(dir.file("bad.f2g"), "not a grid");
+    write_file(dir.file("ascii.txt"), "1 2 3\n");
+    FakeSimulator sim;
+    write_file(dir.file("run.bat"),
+               "[GLOBAL]\nUSE_TURBIDITE = 1\nSTATS_IT = 20\nSTATS_PROPS = 1\nSTATS_CL = 1\n"
+               "FLATTENING_FILE = flat.f2g\nBASEMENT_TOPO = base.f2g\nBASEMENT_FACIES = 12\n"
+               "USER_CLASS_TYPE = 3\nUSER_CLASS_FAC_ID = 1;8\nUSER_CLASS_MIN_ITV = 0;50\n"
+               "USER_CLASS_MAX_ITV = 50;150\n" +
+                   std::string(SEQUENCE));
+    NewJournalFile file(&sim);
+    ASSERT_TRUE(file.load(dir.file("run.bat")));
+    ASSERT_EQ(file.initialize(), 0) << trace_text();
+    EXPECT_TRUE(sim.parameters().usingTurbi());
+    EXPECT_TRUE(sim.tracer().generateStatsIt());
+    EXPECT_FALSE(sim.tracer().generateStatsAv());
+    EXPECT_TRUE(sim.tracer().generateStatsProps());
+    EXPECT_TRUE(sim.tracer().generateCenterlineStats());
+    EXPECT_EQ(sim.tracer().statsInterval(), 20u);
+    EXPECT_EQ(sim.calls, (std::vector<std::string>{"init(0)", "loadFlattening(2)", "setUserClassList(3,2)",
+                                                   "replaceTopo(7,1,12,0)"}));
+    EXPECT_TRUE(
+        traced("BASEMENT_TOPO now deprecated. Please use NEW_TOPO & NEW_TOPO_FACIES and the value 1 for "
+               "NEW_TOPO_MODE in the first sequence"));
+
+    struct Case
+    {
+        std::string global;
+        std::string failing;
+        std::string message;
+    };
+    const std::vector<Case> cases = {
+        {"F2G_DZ = 1\nF2G_FACIES = 1\n", "init", "Problem with simulator action: init"},
+        {"EXP_WELL = 5;0;;\n", "", "Extract well indices [5, 0] out of range [4, 3]"},
+        {"EXP_WELL = 0;-1;;\n", "", "Extract well indices [0, -1] out of range [4, 3]"},
+        {"FLATTENING_FILE = bad.f2g\nF2G_DZ = 1\nF2G_FACIES = 1\n", "",
+         "Cannot read flattening surface from input file: " + dir.file("bad.f2g")},
+        {"FLATTENING_FILE = flat.f2g\nF2G_DZ = 1\nF2G_FACIES = 1\n", "loadFlattening",
+         "Error loading flattening surface from file: " + dir.file("flat.f2g")},
+        {"USER_CLASS_TYPE = 2\nUSER_CLASS_FAC_ID = 99\nUSER_CLASS_ATT = a\nF2G_DZ = 1\nF2G_FACIES = 1\n", "",
+         "Error adding user class: "},
+        {"USER_CLASS_TYPE = 2\nUSER_CLASS_FAC_ID = 1\nUSER_CLASS_ATT = a\nF2G_DZ = 1\nF2G_FACIES = 1\n",
+         "setUserClassList", "Error loading user classes"},
+        {"WELL_FILE = w1.flw\nF2G_DZ = 1\nF2G_FACIES = 1\n", "addWellFromFile",
+         "Error loading well: " + dir.file("w1.flw")},
+        {"BASEMENT_TOPO = ascii.txt\nF2G_DZ = 1\nF2G_FACIES = 1\n", "",
+         "Basement topography file must be F2G format: " + dir.file("ascii.txt")},
+        {"BASEMENT_TOPO = base.f2g\nF2G_DZ = 1\nF2G_FACIES = 1\n", "replaceTopo",
+         "Cannot load basement topography from input file: " + dir.file("base.f2g")},
+    };
+    for (const Case& entry : cases)
+    {
+        FakeSimulator failing;
+        if (!entry.failing.empty())
+            failing.failing.insert(entry.failing);
+        write_file(dir.file("case.bat"), "[GLOBAL]\n" + entry.global + SEQUENCE);
+        NewJournalFile batch(&failing);
+        ASSERT_TRUE(batch.load(dir.file("case.bat"))) << entry.global << trace_text();
+        EXPECT_NE(batch.launch(), 0) << entry.global;
+        EXPECT_TRUE(traced("##  ERROR  ## : " + entry.message)) << entry.global << trace_text();
+        EXPECT_TRUE(traced("Problem with simulator action: launch")) << entry.global;
+        EXPECT_FALSE(failing.called("newSequence")) << entry.global;
+    }
+
+    // A basement file that disappears after the load cannot be accessed.
+    write_f2g(dir.file("gone.f2g"), 1.);
+    write_file(dir.file("case.bat"),
+               "[GLOBAL]\nBASEMENT_TOPO = gone.f2g\nF2G_DZ = 1\nF2G_FACIES = 1\n" + std::string(SEQUENCE));
+    FakeSimulator gone;
+    NewJournalFile batch(&gone);
+    ASSERT_TRUE(batch.load(dir.file("case.bat")));
+    std::remove(dir.file("gone.f2g").c_str());
+    EXPECT_NE(batch.initialize(), 0);
+    EXPECT_TRUE(traced("Cannot access to basement topography file: " + dir.file("gone.f2g")));
+
+    // A well file that cannot feed the inference only warns.
+    FakeSimulator noNexus;
+    noNexus.failing.insert("nexusFromWells");
+    write_file(dir.file("case.bat"),
+               "[GLOBAL]\nWELL_FILE = w1.flw\nF2G_DZ = 1\nF2G_FACIES = 1\n" + std::string(SEQUENCE));
+    NewJournalFile nexusBatch(&noNexus);
+    ASSERT_TRUE(nexusBatch.load(dir.file("case.bat")));
+    EXPECT_EQ(nexusBatch.initialize(), 0);
+    EXPECT_TRUE(traced("#  WARNING  # : Cannot calculate Nexus from input wells: no sand in wells"));
+}
+
+TEST(NewJournalFile, ForceSimuGovernsConsistencyErrors)
+{
+    TempDir dir;
+    const std::string body = "F2G_DZ = 1\nF2G_FACIES = 1\n[NEW_SEQ]\nLAUNCH_IT = 10\n";
+    {
+        FakeSimulator sim;
+        sim.statuses["checkConsistency"] = MP_STATUS_INCONSISTENT;
+        write_file(dir.file("run.bat"), "[GLOBAL]\n" + body);
+        NewJournalFile file(&sim);
+        ASSERT_TRUE(file.load(dir.file("run.bat")));
+        EXPECT_EQ(file.launch(), MP_STATUS_INCONSISTENT);
+        EXPECT_TRUE(traced("##  ERROR  ## : Consistency errors!... Batch stops!"));
+        EXPECT_TRUE(traced("##  ERROR  ## : Use FORCE_SIMU = 1 if you want to ignore consistency errors"));
+        EXPECT_FALSE(sim.called("newSequence"));
+        EXPECT_FALSE(sim.called("saveSimuF2G"));
+    }
+    {
+        FakeSimulator sim;
+        sim.statuses["checkConsistency"] = MP_STATUS_INCONSISTENT;
+        write_file(dir.file("run.bat"), "[GLOBAL]\nFORCE_SIMU = 1\n" + body);
+        NewJournalFile file(&sim);
+        ASSERT_TRUE(file.load(dir.file("run.bat")));
+        EXPECT_EQ(file.launch(), 0);
+        EXPECT_TRUE(traced("#  WARNING  # : Consistency errors!... Batch continues (FORCE_SIMU=1)!"));
+        EXPECT_TRUE(traced("Consistency errors: batch continues (FORCE_SIMU = 1):\n"
+                           "              : Some parameters are out of the usual range of values:"));
+        EXPECT_EQ(sim.calls.front(), "init(1)");
+        EXPECT_TRUE(sim.called("run(10)"));
+    }
+    {
+        FakeSimulator sim;
+        sim.statuses["checkConsistency"] = MP_STATUS_CONSISTENCY_WARNING;
+        write_file(dir.file("run.bat"), "[GLOBAL]\n" + body);
+        NewJournalFile file(&sim);
+        ASSERT_TRUE(file.load(dir.file("run.bat")));
+        EXPECT_EQ(file.launch(), 0);
+        EXPECT_TRUE(traced("Ignoring consistency warnings... Batch continues!"));
+    }
+}
+
+TEST(NewJournalFile, F2GItCutsSequencesIntoPieces)
+{
+    TempDir dir;
+    FakeSimulator sim;
+    write_file(dir.file("run.bat"), "[GLOBAL]\nF2G_IT = 10\nF2G_DZ = 2\nF2G_GRAIN = 1\n"
+                                    "[NEW_SEQ]\nLAUNCH_IT = 25\n[NEW_SEQ]\nLAUNCH_IT = 7\n");
+    NewJournalFile file(&sim);
+    ASSERT_TRUE(file.load(dir.file("run.bat")));
+    ASSERT_EQ(file.launch(), 0) << trace_text();
+    std::vector<std::string> runs;
+    for (const std::string& call : sim.calls)
+        if (call.rfind("run(", 0) == 0 || call.rfind("saveSimuF2G(", 0) == 0)
+            runs.push_back(call.substr(0, call.find(',')));
+    const std::string base = dir.file("run");
+    // Blocks fall on every multiple of ten of the age, across sequences, then one at the end.
+    EXPECT_EQ(runs, (std::vector<std::string>{"run(10)", "saveSimuF2G(" + base + "_it10.f2g", "run(10)",
+                                              "saveSimuF2G(" + base + "_it20.f2g", "run(5)", "run(5)",
+                                              "saveSimuF2G(" + base + "_it30.f2g", "run(2)",
+                                              "saveSimuF2G(" + base + "_it32.f2g"}));
+
+    // A block that cannot be written stops the sequence.
+    FakeSimulator failing;
+    failing.failing.insert("saveSimuF2G");
+    NewJournalFile stopped(&failing);
+    ASSERT_TRUE(stopped.load(dir.file("run.bat")));
+    EXPECT_EQ(stopped.launch(), MP_STATUS_FAILURE);
+    EXPECT_TRUE(traced("Cannot save the simulation in " + base + "_it10.f2g"));
+    EXPECT_TRUE(traced("Cannot save the simulation in F2G file"));
+    EXPECT_FALSE(failing.called("endSequence"));
+}
+
+TEST(NewJournalFile, FailedExportsStopTheBatch)
+{
+    TempDir dir;
+    write_file(dir.file("w1.flw"), "x");
+    const std::string global =
+        "[GLOBAL]\nWELL_FILE = w1.flw\nF2G_DZ = 1\nF2G_FACIES = 1\nTOPO_FILE = topo.f2g\n"
+        "SLICE_Z = 1\nSTATS_COND_FILE = c.csv\nHISTO_DZ = 1\nHISTO_NZ = 4\n"
+        "EXP_WELL = 0;0;;\n";
+    write_file(dir.file("run.bat"), global + SEQUENCE);
+    const std::vector<std::pair<std::string, std::string>> cases = {
+        {"saveSimuF2G", "Cannot save the simulation in " + dir.file("run.f2g")},
+        {"saveTopo", "Cannot save the topography in " + dir.file("topo.f2g")},
+        {"getSlice", "Cannot retrieve the slice"},
+        {"saveConditioningStats", "Cannot save conditioning wells statistics in " + dir.file("c.csv")},
+        {"saveHistogram", "Cannot save histogram in " + dir.file("run_inw_histo.csv")},
+        {"getAllWells", "Cannot save histogram in " + dir.file("run_inw_histo.csv")},
+        {"extractWell", "Cannot retrieve the well EXP_WELL0_0"},
+        {"run", "Problem with simulator action: run"},
+        {"newSequence", "Problem with simulator action: newSequence"},
+        {"endSequence", "Problem with simulator action: endSequence"},
+    };
+    for (const auto& entry : cases)
+    {
+        FakeSimulator sim;
+        sim.failing.insert(entry.first);
+        NewJournalFile file(&sim);
+        ASSERT_TRUE(file.load(dir.file("run.bat")));
+        EXPECT_NE(file.launch(), 0) << entry.first;
+        EXPECT_TRUE(traced("##  ERROR  ## : " + entry.second)) << entry.first << trace_text();
+        EXPECT_FALSE(traced("End of batch!")) << entry.first;
+    }
+    FakeSimulator wrongSize;
+    wrongSize.sliceSize = 7;
+    NewJournalFile file(&wrongSize);
+    ASSERT_TRUE(file.load(dir.file("run.bat")));
+    EXPECT_NE(file.launch(), 0);
+    EXPECT_TRUE(traced("Wrong slice size"));
+
+    // A well that cannot be written: its file has become a directory.
+    FakeSimulator blocked;
+    NewJournalFile blockedFile(&blocked);
+    ASSERT_TRUE(blockedFile.load(dir.file("run.bat")));
+    std::filesystem::create_directory(dir.file("EXP_WELL0_0.flw"));
+    EXPECT_NE(blockedFile.launch(), 0);
+    EXPECT_TRUE(traced("Cannot save the well " + dir.file("EXP_WELL0_0.flw")));
+}
+
+TEST(NewJournalFile, RegularStopsGoOnToTheNextSequence)
+{
+    TempDir dir;
+    FakeSimulator sim;
+    sim.limitAge = 8;
+    write_file(dir.file("run.bat"), "[GLOBAL]\nF2G_DZ = 1\nF2G_FACIES = 1\n"
+                                    "[NEW_SEQ]\nLAUNCH_IT = -1\nZUL_TOPO = 40\n[NEW_SEQ]\nLAUNCH_IT = 3\n");
+    NewJournalFile file(&sim);
+    ASSERT_TRUE(file.load(dir.file("run.bat")));
+    EXPECT_EQ(file.launch(), 0);
+    EXPECT_TRUE(traced("Preparing sequence #1 for ZUL = 40"));
+    EXPECT_TRUE(traced("Preparing sequence #2 for #IT = 3"));
+    EXPECT_TRUE(sim.called("run(" + std::to_string(UINT_MAX) + ")"));
+    EXPECT_EQ(std::count(sim.calls.begin(), sim.calls.end(), "endSequence()"), 2);
+}
+
+TEST(NewJournalFile, NothingCrashesOnGarbage)
+{
+    TempDir dir;
+    std::mt19937 draw(12345);
+    const std::vector<std::string> pieces = {
+        "[GLOBAL]",     "[NEW_SEQ]",    "=",    ";",        "LAUNCH_IT", "F2G_DZ", "EXP_WELL",
+        "NEW_CL_POINT", "SED_LOAD_VOL", "-1",   "1e400",    "\t",        "#",      " ",
+        "ZUL_TYPE",     "\n",           "\r\n", "\xff\xfe", "NEW_TOPO",  "1;2;3;4"};
+    for (int round = 0; round < 300; ++round)
+    {
+        std::string content;
+        const int count = static_cast<int>(draw() % 60);
+        for (int k = 0; k < count; ++k)
+            content += pieces[draw() % pieces.size()];
+        FakeSimulator sim;
+        write_file(dir.file("g.bat"), content);
+        NewJournalFile file(&sim);
+        bool loaded = false;
+        EXPECT_NO_THROW(loaded = file.load(dir.file("g.bat")));
+        if (loaded)
+        {
+            EXPECT_NO_THROW(file.launch());
+        }
+    }
+    // A directory given as the batch file is not a batch file.
+    FakeSimulator sim;
+    NewJournalFile file(&sim);
+    EXPECT_FALSE(file.load(dir.path().string()));
+}
