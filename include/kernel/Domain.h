@@ -17,6 +17,10 @@
 #include <string>
 #include <vector>
 
+class Channel;
+class CenterlineDisc;
+struct ChannelGridPoint;
+
 class DistributionGenerator;
 class EMap;
 class iChannel;
@@ -172,6 +176,16 @@ public:
     std::vector<DepositUnit> getStack(int i, int j) const override;
     bool getSliceInfo(int i, int j, double z, unsigned char& facies, unsigned int& age) const override;
 
+    // -- channel imprint --
+    // Nodes the channel has left since the last step become point bar.
+    void make_point_bar(const std::vector<ChannelGridPoint>& points, unsigned int age);
+    void make_point_bar_new(const Channel& channel, const std::vector<ChannelGridPoint>& points,
+                            unsigned int age);
+    // The channel rasterised on the domain grid, its elevations scaled to [0, range].
+    bool getCenterlineDisc(CenterlineDisc& disc, const Channel& channel) const;
+    bool get_cl_disc(CenterlineDisc& disc, const Channel& channel, double range) const;
+    // -- end channel imprint --
+
 private:
     void compute_corners();
     double flattening_reference() const;
@@ -215,4 +229,60 @@ private:
     const Topo* _flat;
 
     static const Vector2D _grid_vectors[8];
+
+    // -- sampling and export --
+public:
+    // How discretize_elevation completes the vertical sampling:
+    // 0 all from the block, 1 zmin given, 2 zmin and nz given, 3 nz given.
+    struct VerticalDiscretizationPolicy
+    {
+        int nz = MP_UNDEF_INT;
+        int mode = 0;
+    };
+    // Geographic elevations of the first and last sample centres and their count.
+    void discretize_elevation(double dz, double& zmin, double& zmax, int& nz,
+                              const VerticalDiscretizationPolicy& policy) const;
+    // Columns i outer, j inner, each bottom up; zmin and nz given when not
+    // undefined, and returned. Void samples: facies 255, age 0, granulo -1.
+    bool getRegular(int imin, int imax, int jmin, int jmax, double dz, std::vector<unsigned char>* facies,
+                    std::vector<uint32_t>* age, std::vector<double>* granulo, double* zmin, int* nz) const;
+    bool getRegularPile(int i, int j, double dz, std::vector<unsigned char>* facies, std::vector<uint32_t>* age,
+                        std::vector<double>* granulo, double* zmin, int* nz) const;
+    std::vector<unsigned char> getRegularFacies(double dz, double zmin, int nz) const;
+    std::vector<double> getRegularGrain(double dz, double zmin, int nz) const;
+    std::vector<uint32_t> getRegularAge(double dz, double zmin, int nz) const;
+    // One entry per unit over all columns (i fastest), each column bottom first.
+    std::vector<unsigned char> getAllFacies() const;
+    std::vector<unsigned int> getAllAge() const;
+    std::vector<double> getAllThickness() const;
+    std::vector<double> getAllGrainsize() const;
+    std::vector<unsigned char> getAllGrainsizeClass() const;
+    // The log of column (i, j) cut to [zmin, zmax] (1e30 keeps that end).
+    bool to_core(int i, int j, class Core& core, double zmin, double zmax) const;
+    bool vcollections(class CoreList& list, int imin, int imax, int jmin, int jmax, double zmin,
+                      double zmax) const;
+    // The block sampled every dz (1e30 limits: the block's own) as one 3D grid
+    // with the chosen variables; void samples are written as `undefined`.
+    bool save_simu(const std::string& file, int format, double dz, int imin, int imax, int jmin, int jmax,
+                   bool facies, bool grain, bool age, double zmin, double zmax, const std::string& order,
+                   const std::string& undefined) const;
+    bool saveF2G(const std::string& file, double dz, bool facies, bool grain, bool age, double zmin,
+                 double zmax, const std::string& order) const;
+    // Mean thickness of deposits (of one family) between geographic zmin and
+    // zmax over the columns of a range; 1e30 limits mean the block's own.
+    double volume1D(int imin, int imax, int jmin, int jmax, double zmin, double zmax) const;
+    double volume1D(const Facies& facies, int imin, int imax, int jmin, int jmax, double zmin,
+                    double zmax) const;
+    double volume1D(double zmin, double zmax) const;
+    double volume1D(const Facies& facies, double zmin, double zmax) const;
+    // The volume of a mean mesh column: volume1D times dx times dy.
+    double volume3D(int imin, int imax, int jmin, int jmax, double zmin, double zmax) const;
+    double volume3D(const Facies& facies, int imin, int imax, int jmin, int jmax, double zmin,
+                    double zmax) const;
+    double volume3D(double zmin, double zmax) const;
+    double volume3D(const Facies& facies, double zmin, double zmax) const;
+    double getProportion(unsigned char family, int imin, int imax, int jmin, int jmax, double zmin,
+                         double zmax) const;
+    double getProportionFull(unsigned char family, double zmin, double zmax) const;
+    // -- end sampling and export --
 };
