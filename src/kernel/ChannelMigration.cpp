@@ -16,11 +16,8 @@
 #include <cstdint>
 
 // ---------------------------------------------------------------- wells
-// The only place where migration touches a `Well`. Until the well class is
-// part of the kernel, no well can be registered on a channel (`_wells` stays
-// empty), so these two adapters are never reached.
-#ifdef SARVO_HAS_WELL
 #include "kernel/Well.h"
+
 namespace
 {
 Point2D well_location(const Well* well)
@@ -34,21 +31,6 @@ void attach_well(Well* well, ChannelPoint* cp)
     well->channel_point(cp);
 }
 } // namespace
-#else
-namespace
-{
-Point2D well_location(const Well*)
-{
-    MP_ASSERT_TEXT(false, "well != NULL");
-    return Point2D();
-}
-
-void attach_well(Well*, ChannelPoint*)
-{
-    MP_ASSERT_TEXT(false, "well != NULL");
-}
-} // namespace
-#endif
 
 namespace
 {

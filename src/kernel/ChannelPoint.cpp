@@ -4,10 +4,7 @@
 #include "kernel/GridParams.h"
 #include "kernel/MeanderCalculator.h"
 
-#if __has_include("kernel/Well.h")
 #include "kernel/Well.h"
-#define SARVO_HAS_WELL 1
-#endif
 
 #include <algorithm>
 #include <cmath>
@@ -19,12 +16,8 @@ namespace
 // The well forgets the point it was steering.
 void tell_point_lost(Well* well)
 {
-#ifdef SARVO_HAS_WELL
     if (well != nullptr)
         well->channel_point(nullptr);
-#else
-    (void)well;
-#endif
 }
 
 void link_between(ChannelPoint* cp, ChannelPoint* prev, ChannelPoint* next)

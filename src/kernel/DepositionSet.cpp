@@ -1,5 +1,7 @@
 #include "kernel/DepositionSet.h"
 
+#include "kernel/Well.h"
+
 #include "kernel/Assert.h"
 #include "kernel/BinaryDump.h"
 #include "kernel/Constants.h"
@@ -571,43 +573,40 @@ bool DepositionSet::binary_input(std::istream& in)
 // Attached well
 //
 // The column tells its conditioning well everything through the hooks below
-// and nowhere else. TODO(wells): once the Well class exists, include its
-// header here and make the call named in each hook; until then a well can be
-// attached and detached but is told nothing.
+// and nowhere else.
 // ---------------------------------------------------------------------------
 
-void DepositionSet::tell_well_placement([[maybe_unused]] void (VCollection::*setter)(double),
-                                        [[maybe_unused]] double value)
+void DepositionSet::tell_well_placement(void (VCollection::*setter)(double), double value)
 {
     if (_well == nullptr)
         return;
-    // (static_cast<VCollection*>(_well)->*setter)(value);
+    (static_cast<VCollection*>(_well)->*setter)(value);
 }
 
 void DepositionSet::tell_well_wet()
 {
     if (_well == nullptr)
         return;
-    // _well->set_wet(_water_depth != 0.);
+    _well->set_wet(_water_depth != 0.);
 }
 
-void DepositionSet::tell_well_deposit([[maybe_unused]] const Facies& facies, [[maybe_unused]] double th)
+void DepositionSet::tell_well_deposit(const Facies& facies, double th)
 {
     if (_well == nullptr)
         return;
-    // _well->deposit(facies, th, _ztop - th, _water_depth, this);
+    _well->deposit(facies, th, _ztop - th, _water_depth, this);
 }
 
 void DepositionSet::tell_well_eroded_down()
 {
     if (_well == nullptr)
         return;
-    // _well->erode_down_to(_ztop, _water_depth, this);
+    _well->erode_down_to(_ztop, _water_depth, this);
 }
 
 void DepositionSet::tell_well_eroded_up()
 {
     if (_well == nullptr)
         return;
-    // _well->erode_up_to(_zbot, _water_depth);
+    _well->erode_up_to(_zbot, _water_depth);
 }

@@ -13,6 +13,7 @@
 #include "kernel/Parameters.h"
 #include "kernel/SeedGenerator.h"
 #include "kernel/Tracer.h"
+#include "kernel/Well.h"
 
 #include <gtest/gtest.h>
 
@@ -266,8 +267,6 @@ TEST_F(MigrationTest, StatusSpreadsOverTheMeanderOfItsPoint)
     }
 }
 
-#ifndef SARVO_HAS_WELL
-// Wells are only compared by address here, never reached.
 TEST_F(MigrationTest, OneWellIsKeptByMeander)
 {
     Channel channel(&mc, straight(8, 15., 0.));
@@ -276,11 +275,13 @@ TEST_F(MigrationTest, OneWellIsKeptByMeander)
     int i = 0;
     for (ChannelPoint* cp = channel.first(); cp != nullptr; cp = cp->next(), i++)
         cp->flow().u1(u1[i]);
-    char tokens[8];
+    std::vector<std::unique_ptr<Well>> wells;
+    for (int k = 0; k < 8; ++k)
+        wells.push_back(std::make_unique<Well>(&params, &tracer));
     auto hold = [&](int k, int status, double factor)
     {
         ChannelPoint* cp = channel.get_point(k);
-        cp->well(reinterpret_cast<Well*>(&tokens[k]));
+        cp->well(wells[k].get());
         cp->status(status);
         cp->mig_factor(factor);
     };
@@ -305,7 +306,6 @@ TEST_F(MigrationTest, OneWellIsKeptByMeander)
         }
     }
 }
-#endif
 
 TEST_F(MigrationTest, TectonicsAndBilinearLookups)
 {

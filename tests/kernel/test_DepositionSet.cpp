@@ -1,5 +1,8 @@
 #include "kernel/DepositionSet.h"
 #include "kernel/MassBalance.h"
+#include "kernel/Parameters.h"
+#include "kernel/Tracer.h"
+#include "kernel/Well.h"
 
 #include "TestSupport.h"
 
@@ -662,10 +665,15 @@ TEST(DepositionSet, ErodibilityTectonicsWaterAndPlacement)
     s.set_zul_rel(3.);
     EXPECT_EQ(s.get_zul(), 3.);
 
-    // The well link is stored, cleared, and never copied by resetFrom.
-    Well* w = reinterpret_cast<Well*>(&s);
+    // The well link is stored, told the placement, cleared, and never copied by resetFrom.
+    Tracer tracer;
+    Parameters params(&tracer);
+    Well well(&params, &tracer);
+    Well* w = &well;
     s.well(w);
     EXPECT_EQ(s.well(), w);
+    s.set_zul_rel(4.);
+    EXPECT_EQ(well.get_zul(), 4.);
     DepositionSet copy;
     copy.resetFrom(s);
     EXPECT_EQ(copy.well(), nullptr);
