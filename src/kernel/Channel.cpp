@@ -7,6 +7,8 @@
 #include "kernel/Constants.h"
 #include "kernel/GridParams.h"
 #include "kernel/MeanderCalculator.h"
+#include "kernel/Well.h"
+#include "kernel/WellConfig.h"
 
 #include <algorithm>
 #include <cmath>
@@ -497,6 +499,24 @@ void Channel::border_vertices_3D(int n, std::vector<double>& out, double z) cons
             out.push_back(cp->get_elevation() + z);
         }
     }
+}
+
+void Channel::add_well(Well* w)
+{
+    _wells.push_back(w);
+    for (const auto& child : w->children())
+        _wells.push_back(child.get());
+}
+
+// The wells steer with the channel's present size and the main flow direction.
+void Channel::update_well_config()
+{
+    const iParameters& params = *_mc->parameters();
+    const double angle = MeanderCalculator::relative_flow_direction(params.getParamDouble("DOMAIN_GRID_DIR"),
+                                                                    params.getParamDouble("CHNL_FLW_DIR"));
+    const WellConfig config = WellConfig::from_parameters(params, std::cos(angle), std::sin(angle));
+    for (Well* w : _wells)
+        w->set_well_config(config);
 }
 
 void Channel::erase_well(Well* w)

@@ -6,6 +6,7 @@
 #include "kernel/MeanderCalculator.h"
 #include "kernel/Parameters.h"
 #include "kernel/Tracer.h"
+#include "kernel/Well.h"
 
 #include "TestSupport.h"
 
@@ -518,4 +519,26 @@ TEST_F(ChannelTest, CenterlineRoundTrip)
     }
     Channel again(&mc, rel);
     EXPECT_EQ(again.number_of_points(), 3);
+}
+
+TEST_F(ChannelTest, WellsJoinWithTheirChildrenAndTakeTheChannelSize)
+{
+    Channel channel(&mc);
+    Well well(&params, &tracer);
+    Well* child = well.new_child();
+    channel.add_well(&well);
+    ASSERT_EQ(channel.get_nb_well(), 2);
+    EXPECT_EQ(channel.get_wells()[1], child);
+
+    params.setParamDouble("CHNL_WIDTH", 42.);
+    params.setParamDouble("CHNL_FLW_DIR", 90.); // along +x on an unrotated grid
+    channel.update_well_config();
+    for (const Well* w : {static_cast<const Well*>(&well), static_cast<const Well*>(child)})
+    {
+        EXPECT_EQ(w->get_well_config().channelWidth, 42.);
+        EXPECT_NEAR(w->get_well_config().flowX, 1., 1e-6);
+        EXPECT_NEAR(w->get_well_config().flowY, 0., 1e-6);
+    }
+    channel.erase_well(child);
+    EXPECT_EQ(channel.get_nb_well(), 1);
 }
