@@ -1,7 +1,8 @@
 #include "Main.h"
 
-#include "kernel/Parameters.h"
-#include "kernel/Tracer.h"
+#include "interface/iParameters.h"
+#include "interface/iSimulator.h"
+#include "kernel/NewJournalFile.h"
 
 #ifdef SARVO_WITH_GUI
 #include "gui/Desktop.h"
@@ -16,13 +17,23 @@ constexpr int TIER_PREMIUM = 1;
 constexpr int TIER_RESEARCH = 2;
 } // namespace
 
-Main::Main() : _tracer(std::make_unique<Tracer>()), _parameters(std::make_unique<Parameters>(_tracer.get()))
+Main::Main()
+    : _simulator(iSimulator::createSimulator()), _tracer(_simulator->getTracer()),
+      _parameters(_simulator->getParameters())
 {
     _parameters->setUsingFluvi();
     _parameters->setUsingDistrib(TIER_FREE);
 }
 
-Main::~Main() = default;
+Main::~Main()
+{
+    iSimulator::deleteSimulator(_simulator);
+}
+
+const iParameters& Main::parameters() const
+{
+    return *_parameters;
+}
 
 void Main::trace_function(const char* text, TraceLevel level)
 {
@@ -85,8 +96,18 @@ int Main::runBatch()
         _tracer->error("Batch mode is not available in Free version!");
         return EXIT_REFUSED;
     }
-    _tracer->error("Batch mode is not available in this build yet: the simulation driver is not part of it.");
-    return EXIT_LAUNCH_FAILED;
+    NewJournalFile batch(_simulator);
+    if (!batch.load(_batch_file))
+    {
+        _tracer->error("Error loading batch file!");
+        return EXIT_LOAD_FAILED;
+    }
+    if (batch.launch() != 0)
+    {
+        _tracer->error("Error launching batch!");
+        return EXIT_LAUNCH_FAILED;
+    }
+    return EXIT_DONE;
 }
 
 int Main::runDesktop(int argc, char** argv)

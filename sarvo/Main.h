@@ -6,10 +6,11 @@
 
 #include "interface/iTracer.h"
 
-#include <memory>
+#include <string>
 
-class Parameters;
-class Tracer;
+class iSimulator;
+class iParameters;
+class iTracer;
 
 class Main
 {
@@ -30,7 +31,7 @@ public:
     static constexpr int EXIT_LAUNCH_FAILED = 2;
     static constexpr int EXIT_REFUSED = 3;
 
-    const Parameters& parameters() const { return *_parameters; }
+    const iParameters& parameters() const;
 
 private:
     // No licence server: the research tier unless the command line asks for less.
@@ -38,8 +39,10 @@ private:
     int runBatch();
     int runDesktop(int argc, char** argv);
 
-    std::unique_ptr<Tracer> _tracer;
-    std::unique_ptr<Parameters> _parameters;
+    // The kernel, reached only through its door.
+    iSimulator* _simulator;
+    iTracer* _tracer;
+    iParameters* _parameters;
     std::string _batch_file;
     bool _no_splash = false;
 };
