@@ -11,6 +11,7 @@
 #include "kernel/Grid2D.h"
 #include "kernel/Line2D.h"
 #include "kernel/Point2D.h"
+#include "kernel/SteepestError.h"
 #include "kernel/Vector2D.h"
 
 #include <iosfwd>
@@ -246,8 +247,9 @@ public:
     // undefined, and returned. Void samples: facies 255, age 0, granulo -1.
     bool getRegular(int imin, int imax, int jmin, int jmax, double dz, std::vector<unsigned char>* facies,
                     std::vector<uint32_t>* age, std::vector<double>* granulo, double* zmin, int* nz) const;
-    bool getRegularPile(int i, int j, double dz, std::vector<unsigned char>* facies, std::vector<uint32_t>* age,
-                        std::vector<double>* granulo, double* zmin, int* nz) const;
+    bool getRegularPile(int i, int j, double dz, std::vector<unsigned char>* facies,
+                        std::vector<uint32_t>* age, std::vector<double>* granulo, double* zmin,
+                        int* nz) const;
     std::vector<unsigned char> getRegularFacies(double dz, double zmin, int nz) const;
     std::vector<double> getRegularGrain(double dz, double zmin, int nz) const;
     std::vector<uint32_t> getRegularAge(double dz, double zmin, int nz) const;
@@ -285,4 +287,43 @@ public:
                          double zmax) const;
     double getProportionFull(unsigned char family, double zmin, double zmax) const;
     // -- end sampling and export --
+
+    // -- course finding --
+public:
+    // The channel marked on a grid of the domain widened by its margins: each
+    // node holds the segment (previous point, point) that covers it.
+    typedef Grid2D<std::pair<class ChannelPoint*, class ChannelPoint*>> RouteGrid;
+
+    // Text of a SteepestError.
+    static std::string steepest_error(int error);
+    // Grows a course from (ix0, iy0) through its first step (ix1, iy1) to the
+    // downstream margin (to the upstream margin, climbing, if `upward`). The
+    // path receives the nodes from the first step on, x and y as grid indices
+    // and z the true elevation; `join` receives the point of `route` met.
+    bool find_steepest(const RouteGrid* route, DistributionGenerator* uniform, int ix0, int iy0, int ix1,
+                       int iy1, ChannelPoint*& join, std::vector<Point3D>& path, SteepestError& error,
+                       double hmax, bool upward) const;
+    // Candidates around node p (grid indices) with their weights in the draw.
+    // `previous` holds the path so far, the last entry being the node before p.
+    void select_steepest_neighbors(const Point2D& p, double z, double dz_max,
+                                   const std::vector<Point2D>& previous, bool upward, bool rising,
+                                   double z_ref, std::vector<Point2D>& cells, std::vector<double>& weights,
+                                   bool use_dir = true) const;
+    void next_steepest_node(int& ix, int& iy, bool upstream) const;
+    bool steepest_stop(int ix, int iy, bool upstream) const;
+    bool is_valid_dir(bool use, bool reverse, const Vector2D& previous, const Vector2D& next) const;
+    // Margin tests on a relative position against the flow direction.
+    bool is_inside_upstream_margin(const Point2D& p) const;
+    bool is_inside_downstream_margin(const Point2D& p) const;
+    bool is_beyond_upstream_margin(const Point2D& p) const;
+    bool is_beyond_downstream_margin(const Point2D& p) const;
+    // True when beyond the lateral sides of the flow-aligned rectangle holding the domain and its margins.
+    bool is_outside_extrapolated(const Point2D& p) const;
+    bool cutoff_ok(const Point2D& p, bool downstream) const;
+    // The grid step (each component in {-1, 0, 1}) nearest to a direction given in radians.
+    static void get_vector(double angle, int& di, int& dj);
+
+private:
+    void trace_leaving(int ix, int iy, int ix0, int iy0, const Point2D& prev, bool upward) const;
+    // -- end course finding --
 };

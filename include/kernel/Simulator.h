@@ -1,0 +1,280 @@
+#pragma once
+// The kernel's driver: it owns every kernel object, opens and closes the
+// sequences of a simulation, turns the iteration loop that fixes the order of
+// the geological events, and decides when a run stops.
+
+#include "interface/iSimulator.h"
+#include "kernel/Topo.h"
+#include "kernel/UserClassList.h"
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+class Domain;
+class Network;
+class Parameters;
+class Tracer;
+class SeedGenerator;
+class MassBalance;
+class TimeProcess;
+class DistributionGenerator;
+class UniformDistributionGenerator;
+struct TimeProcessParamType;
+struct DistGenParamType;
+
+class Simulator : public iSimulator
+{
+public:
+    Simulator();
+    ~Simulator() override;
+    Simulator(const Simulator&) = delete;
+    Simulator& operator=(const Simulator&) = delete;
+
+    // Takes the whole state of `other`: parameters, tracer settings, generator and model.
+    void duplicate(const Simulator& other);
+
+    void printVersion() const override;
+
+    // --- Measures
+    double getUpperLimitRatio() override;
+    double getForecastSand() override;
+    double getForecastAggradationRate() override;
+    double getForecastMigrationRate() override;
+    double getForecastMeanVelocityPerturbation() override;
+    double getPBProportion() override;
+    double getSandProportion() override;
+    double getAggradationRate() override;
+    double getMigrationRate() override;
+    double getMeanVelocityPerturbation() override;
+    double getSinuosity() override;
+    double getTortuosity() override;
+    double getWavelength() override;
+    double getSandBodyExtension() override;
+    double getIsbx() override;
+    double getMeanIsbx() override;
+    unsigned int getNbCutoff() override;
+    double getMeanNbCutoff() override;
+
+    // --- Accessors
+    const iDomain* getDomain() const override;
+    iParameters* getParameters() const override;
+    MeanderCalculator* getMeanderCalculator() const override;
+    iTracer* getTracer() const override;
+    const iChannel* getChannel() const override;
+    double getCurrentEP() const override { return _currentEP; }
+    int getCurrentSeed() const override;
+    int getInitialSeed() const override { return _initialSeed; }
+    unsigned int getAge() const override;
+    void setAge(unsigned int age) override;
+
+    // --- Channel actions
+    bool replaceCenterlineFromFile(const std::string& path, bool flag) override;
+    bool replaceCenterline(const Centerline& centerline, bool flag) override;
+    bool replaceCenterlineFromPoint(const Point2D& point, bool flag) override;
+    bool saveCenterline(const std::string& path) override;
+    bool saveCenterlineDisc(const std::string& path) override;
+    bool getCenterline(Centerline& centerline) const override;
+    bool abandonChannel() override;
+
+    // --- Surface actions
+    bool replaceTopoFromFile(const std::string& path, int mode, int facies, bool flag) override;
+    bool replaceTopo(const Topo& topo, int mode, int facies, bool flag) override;
+    bool replaceTopoFromCst(double value, int mode, int facies, bool flag) override;
+    bool replaceFacies(int facies, bool flag) override;
+    bool eraseFacies(double elevation, bool flag) override;
+    bool eraseFaciesFake(double elevation) override;
+    bool saveTopo(const std::string& path, int format, const std::string& order) override;
+    bool getTopo(Topo& topo, bool withWater, unsigned int age) const override;
+    bool saveExtraTopo(const std::string& path, int format, const std::string& order) override;
+
+    // --- Erodibility map
+    bool loadEMapFromFile(const std::string& path, bool flag) override;
+    bool loadEMap(const EMap& map, bool flag) override;
+    bool loadEMapFromCst(double value, bool flag) override;
+    bool saveEMap(const std::string& path, int format, const std::string& order) override;
+    bool getEMap(EMap& map) const override;
+    bool saveEMapBuiltFromCenterline(const std::string& path, double ax, double ay, int format,
+                                     const std::string& order) override;
+    bool getEMapBuiltFromCenterline(EMap& map, double ax, double ay) const override;
+
+    // --- Upper limit
+    bool loadUpperLimitFromFile(const std::string& path, int type) override;
+    bool loadUpperLimit(const Topo& topo, int type) override;
+    bool loadUpperLimitFromCst(double value, int type) override;
+    bool getUpperLimit(Topo& topo) const override;
+    void resetUpperLimit() override;
+
+    // --- Tectonics
+    bool loadTectoMapFromFile(const std::string& path) override;
+    bool loadTectoMap(const TectoMap& map) override;
+    void resetTectoMap() override;
+
+    // --- Flattening
+    bool loadFlatteningFromFile(const std::string& path) override;
+    bool loadFlattening(const Topo& topo) override;
+    bool getFlatteningMinMax(double& zmin, double& zmax) const override;
+    void resetFlattening() override;
+
+    // --- Conditioning wells
+    bool addWellFromFile(const std::string& path, const std::string& trajectory,
+                         const std::string& name) override;
+    bool addWell(const Core& core, const std::string& name) override;
+    bool deleteWell(const std::string& name) override;
+    bool extractWell(int i, int j, Core& core, double zmin, double zmax) const override;
+    bool extractWellAt(const Point2D& location, Core& core, double zmin, double zmax) const override;
+    bool getAllWells(CoreList& cores) const override;
+    bool getWellInfos(const std::string& name, std::string& infos) const override;
+    bool getWellInfosAt(int i, int j, std::string& infos) const override;
+    bool loadWell(const std::string& path) override;
+    bool saveWell(const std::string& name, const std::string& path) override;
+
+    // --- Persistence
+    bool loadDomain(const std::string& path) override;
+    bool saveDomain(const std::string& path) override;
+    bool loadWells(const std::string& dir) override;
+    bool saveWells(const std::string& dir) override;
+    bool loadParams(const std::string& path) override;
+    bool saveParams(const std::string& path) override;
+    bool loadDynamicParams(const std::string& path) override;
+    bool saveDynamicParams(const std::string& path) override;
+    bool load(const std::string& dir) override;
+    bool save(const std::string& dir) override;
+    bool saveHistogram(const std::string& path, const CoreList& cores, double dz, int nz) override;
+    bool saveAgeHorizon(const std::string& path, unsigned int age, int format,
+                        const std::string& order) override;
+
+    bool setUserClassList(UserClassList const& classes) override;
+
+    // --- The run
+    int init(bool force) override;
+    bool clear() override;
+    bool ready(bool warn) const override;
+    int launch(unsigned int n) override;
+    int run(unsigned int n) override;
+    int newSequence() override;
+    int endSequence() override;
+    int checkConsistency() override;
+    const std::string& getLastMessage() const override { return _lastMessage; }
+
+    // --- Reports
+    void printParams() const override;
+    void printWells() const override;
+    std::string getInferenceStats() override;
+    std::string getTauCutStats() const override;
+    bool getVCollections(CoreList& cores, int imin, int imax, int jmin, int jmax, double zmin,
+                         double zmax) const override;
+
+    int launchBatch(std::string const& file) override;
+
+    // --- Exports and inference
+    bool saveSimuF2G(const std::string& path, double dz, bool facies, bool grain, bool age, double zmin,
+                     double zmax, const std::string& order) override;
+    bool getSlice(double z, std::vector<double>& values) const override;
+    bool saveConditioningStats(const std::string& path) override;
+    bool applyNexus(const std::vector<double>& nexus, bool adaptGrid, std::string& message) override;
+    bool applyNeqsus(const std::vector<double>& nexus, bool adaptGrid, std::string& message) override;
+    bool nexusFromWells(const CoreList& cores, std::vector<double>& nexus, std::string& message) override;
+
+    // --- Driver steps, not part of the door
+    void allocate();
+    void destroy();
+    int prepareRun();
+    int oneLoop();
+    bool wantLocalAvulsion();
+    bool wantRegionalAvulsion();
+    bool canAvulse();
+    bool canAggrade();
+    bool zulReached();
+    bool allWellsHonored() const;
+    // Mean interval of the overbank events, 0 unless AG_TYPE is 2.
+    unsigned int getObPeriod() const;
+    double getObDistMean() const;
+    void resetTimeProcessors();
+    void resetDistGenerators();
+    void clearTimeProcessors();
+    void clearDistGenerators();
+    void setWellConfig();
+    // One line of the iteration statistics (research tier only).
+    void dumpStats();
+
+    // Read-only views for tests and the batch reader.
+    Domain* domain() const { return _domain.get(); }
+    Network* network() const { return _network.get(); }
+    Tracer* tracer() const { return _tracer.get(); }
+    Parameters* parameters() const { return _parameters.get(); }
+    const TimeProcess* overbankProcess() const { return _overbankProcess.get(); }
+    const TimeProcess* localAvulsionProcess() const { return _localAvulsionProcess.get(); }
+    const TimeProcess* regionalAvulsionProcess() const { return _regionalAvulsionProcess.get(); }
+    const TimeProcess* epProcess() const { return _epProcess.get(); }
+    const TimeProcess* statsProcess() const { return _statsProcess.get(); }
+    const DistributionGenerator* overbankDistribution() const { return _overbankDistribution.get(); }
+    const DistributionGenerator* channelScaleDistribution() const { return _channelScaleDistribution.get(); }
+    const DistributionGenerator* epDistribution() const { return _epDistribution.get(); }
+    double getOverbankDecayLength() const { return _overbankDecayLength; }
+    double getOverbankMaxGrain() const { return _overbankMaxGrain; }
+    unsigned int getNextLocalAllowed() const { return _nextLocalAllowed; }
+    unsigned int getNextRegionalAllowed() const { return _nextRegionalAllowed; }
+    const std::vector<double>& getIsbxHistory() const { return _isbxHistory; }
+
+private:
+    void prepareOverbank();
+    void setupMassBalance();
+    // Erodes the block down to the upper limit surface (warns when it cannot).
+    void erodeToUpperLimit();
+    // Stores the stop reason at info level.
+    int stopAt(int status, const std::string& reason);
+    double computeIsbx() const;
+    void printout(const std::string& text) const;
+    // Store the failure, trace it as an error and answer `result`.
+    bool fail(const std::string& text, bool result) const;
+    int fail(const std::string& text, int result) const;
+    bool notAvailable(const std::string& operation) const;
+    TimeProcessParamType processParams(const std::string& type, const std::string& period,
+                                       const std::string& poisson) const;
+    DistGenParamType distParams(const std::string& prefix) const;
+    void renewProcess(std::unique_ptr<TimeProcess>& process, const TimeProcessParamType& param,
+                      bool& renewed);
+    void renewDistribution(std::unique_ptr<DistributionGenerator>& generator, const DistGenParamType& param,
+                           bool positive);
+    bool openStatistics();
+    void closeStatistics();
+    int getInt(const std::string& name) const;
+    double getDouble(const std::string& name) const;
+    bool getBool(const std::string& name) const;
+    void countAsIteration(bool flag);
+
+    std::unique_ptr<Network> _network;
+    std::unique_ptr<Domain> _domain;
+    std::unique_ptr<Parameters> _parameters;
+    std::unique_ptr<Tracer> _tracer;
+    std::unique_ptr<SeedGenerator> _seedGenerator;
+    std::unique_ptr<MeanderCalculator> _meanderCalculator;
+    int _initialSeed;
+    bool _tectoActive = false;
+    Topo _upperLimit;
+    std::unique_ptr<UniformDistributionGenerator> _uniform;
+    std::unique_ptr<TimeProcess> _overbankProcess;
+    std::unique_ptr<TimeProcess> _localAvulsionProcess;
+    std::unique_ptr<TimeProcess> _regionalAvulsionProcess;
+    std::unique_ptr<DistributionGenerator> _overbankDistribution;
+    std::unique_ptr<DistributionGenerator> _channelScaleDistribution;
+    std::unique_ptr<TimeProcess> _statsProcess;
+    std::unique_ptr<MassBalance> _massBalance;
+    mutable std::string _lastMessage;
+    std::vector<double> _isbxHistory;
+    std::unique_ptr<TimeProcess> _epProcess;
+    std::unique_ptr<DistributionGenerator> _epDistribution;
+    double _currentEP = 0.;
+    // Conditioning is in force while this map is not empty.
+    std::map<std::string, Well*> _wells;
+    UserClassList _userClasses;
+    unsigned int _nextRegionalAllowed = 0;
+    unsigned int _nextLocalAllowed = 0;
+    bool _firstReset = true;
+    double _overbankDecayLength = 0.;
+    double _overbankMaxGrain = 0.;
+    // The flattening surface the domain reads; empty when none is loaded.
+    Topo _flattening;
+};
