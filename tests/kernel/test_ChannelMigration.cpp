@@ -269,15 +269,16 @@ TEST_F(MigrationTest, StatusSpreadsOverTheMeanderOfItsPoint)
 
 TEST_F(MigrationTest, OneWellIsKeptByMeander)
 {
+    // The wells outlive the channel whose points they are attached to.
+    std::vector<std::unique_ptr<Well>> wells;
+    for (int k = 0; k < 8; ++k)
+        wells.push_back(std::make_unique<Well>(&params, &tracer));
     Channel channel(&mc, straight(8, 15., 0.));
     channel.init_geom(3., 30., 375., 0.001);
     const double u1[] = {0.1, 0.2, 0.1, 0.3, -0.1, -0.2, -0.1, -0.3};
     int i = 0;
     for (ChannelPoint* cp = channel.first(); cp != nullptr; cp = cp->next(), i++)
         cp->flow().u1(u1[i]);
-    std::vector<std::unique_ptr<Well>> wells;
-    for (int k = 0; k < 8; ++k)
-        wells.push_back(std::make_unique<Well>(&params, &tracer));
     auto hold = [&](int k, int status, double factor)
     {
         ChannelPoint* cp = channel.get_point(k);
