@@ -211,4 +211,6 @@ public:
     virtual bool applyNeqsus(const std::vector<double>& nexus, bool adaptGrid, std::string& message) = 0;
     // The three inputs of the inference, derived from logs.
     virtual bool nexusFromWells(const CoreList& cores, std::vector<double>& nexus, std::string& message) = 0;
+    // -- previews --
+    // -- end previews --
 };

@@ -277,4 +277,16 @@ private:
     double _overbankMaxGrain = 0.;
     // The flattening surface the domain reads; empty when none is loaded.
     Topo _flattening;
+
+    // -- wells --
+    // -- end wells --
+
+    // -- state --
+    // -- end state --
+
+    // -- measures --
+    // -- end measures --
+
+    // -- previews --
+    // -- end previews --
 };
