@@ -42,6 +42,20 @@ struct AggradInfo
 
     static bool comp(const AggradInfo& a, const AggradInfo& b) { return a.dch < b.dch; }
 
+    // The arithmetic acts field by field on thdec, thmax, th, ratio, zmax, gr
+    // and grdec only; /= leaves a field whose divisor is not positive.
+    AggradInfo& operator+=(const AggradInfo& other);
+    AggradInfo& operator*=(const AggradInfo& other);
+    AggradInfo& operator/=(const AggradInfo& other);
+    // Those seven fields and the status.
+    void copy_deposit_info(const AggradInfo& other);
+    // This record is the mean being built for a node (its z and dch are the
+    // node's): offers the flood of `feeder`, a closer node, adding its values
+    // to `sum` and their squares to this. False when the flood does not come.
+    bool add(const AggradInfo& feeder, AggradInfo& sum);
+    // Carries the flood a distance -delta (delta < 0) farther from the channel.
+    void decrease(double delta);
+
     int i = 0;
     int j = 0;
     double z = 0.;
@@ -55,6 +69,14 @@ struct AggradInfo
     double zmax = 0.;
     double gr = 0.;
     double grdec = 1.;
+};
+
+// A channel point with its elevation and its distance to the equilibrium elevation.
+struct AbsElevationInfo
+{
+    double elevation = 0.;
+    double distance = 0.;
+    ChannelPoint* point = nullptr;
 };
 // -- end events --
 
@@ -212,6 +234,8 @@ public:
     void end_ghost_migration();
     double ep_elevation() const { return _ep_elevation; }
     void ep_elevation(double z) { _ep_elevation = z; }
+    // The flood map, null outside a flood.
+    Grid2D<AggradInfo>* aggrad_map() const { return _amap.get(); }
     // -- end events --
 
 private:
