@@ -279,14 +279,70 @@ private:
     Topo _flattening;
 
     // -- wells --
+public:
+    // What the iteration loop asks the conditioning wells. Every well is asked
+    // for avulsions, since each one keeps its own account; a block is decided
+    // by the first well, in name order, that asks for it.
+    bool wellsWantRegionalAvulsion() const;
+    bool wellsWantLocalAvulsion() const;
+    bool wellsBlockAvulsion() const;
+    bool wellsBlockAggradation() const;
+    // Every well has all its units honoured; true with no well.
+    bool wellsHonored() const;
+    // Hands the channel geometry and the main flow direction to every well.
+    void configureWells();
+    // Gives every well to the channel when it holds none yet.
+    void attachWellsToChannel();
+    // False, with the reason in `message`, when wells are held under settings
+    // in which they cannot steer.
+    bool checkWells(std::string& message) const;
+
+    // How well the simulated column at a well agrees with its log.
+    struct WellStats
+    {
+        std::string name;
+        double x = 0.;
+        double y = 0.;
+        int i = 0;
+        int j = 0;
+        unsigned int honored = 0;
+        unsigned int units = 0;
+        // Share of the log's height where the column has the log's facies; -1 when unknown.
+        double faciesMatch = -1.;
+    };
+    std::vector<WellStats> getWellStats() const;
+    const std::map<std::string, Well*>& wells() const { return _wells; }
+
+private:
+    // Puts a built well on its column (linked under the well already there),
+    // hands it to the channel and names it in the map.
+    bool registerWell(std::unique_ptr<Well> well, bool followColumn);
+    // Removes one well, its linked wells staying on the column.
+    void unregisterWell(Well* well);
+    // Drops the wells that the map no longer names (after clear).
+    void syncWellStore();
+    bool addOneWell(const Core& core, const std::string& name, int number, CoreList* others);
+    bool wellCell(const Well& well, int& i, int& j) const;
+    std::string wellInfos(const Well& well) const;
+
+    // Deletes a well where its class is known.
+    struct WellDeleter
+    {
+        void operator()(Well* well) const;
+    };
+    // The wells placed on columns; linked wells belong to their first well.
+    std::vector<std::unique_ptr<Well, WellDeleter>> _wellStore;
     // -- end wells --
 
     // -- state --
+
     // -- end state --
 
     // -- measures --
+
     // -- end measures --
 
     // -- previews --
+
     // -- end previews --
 };

@@ -19,7 +19,10 @@
 
 class ChannelPoint;
 class Core;
+class CoreList;
 class DepositionSet;
+class GridParams;
+class UserClassList;
 class iParameters;
 class iTracer;
 
@@ -33,9 +36,22 @@ public:
 
     // Places the well and puts the level at its bottom, in the lowest brick.
     void init(const Point2D& geoLocation, const Point2D& location);
+    // Builds the well from a log on the grid whose origin lies at elevation
+    // `zref`: user classes translate a log of other attributes, a deviated log
+    // is split by grid column (the pieces after the first go to `others` when
+    // given), neighbours of one facies are joined and undefined ends trimmed.
+    // `number` tells the well in messages. False, with the reason traced, for
+    // an empty log or a head off the grid.
+    bool load(iParameters* parameters, iTracer* tracer, const std::string& name, const Core& core,
+              const UserClassList& classes, const GridParams& grid, double zref, int number,
+              CoreList* others = nullptr);
+    // A log of user attributes becomes a log of facies; false when no sample matched a class.
+    static bool apply_user_class_list(const UserClassList& classes, iTracer* tracer, Core& core);
     // Bricks from a vertical core (top first, geographic elevations), then init
     // at the core's head. False for an empty core.
     bool init_facies(const Core& core);
+    // Copies the log, its state and its linked wells; the channel point is not copied.
+    void resetFrom(const Well& well);
     // The bricks as a vertical core, geographic elevations.
     void to_core(Core& core) const;
 
@@ -48,6 +64,8 @@ public:
     // Linked wells: other logs at the same cell, told everything this one is told.
     Well* new_child();
     void add_child(std::unique_ptr<Well> child);
+    // Hands the linked wells over to the caller; this well keeps none.
+    std::vector<std::unique_ptr<Well>> release_children();
     const std::vector<std::unique_ptr<Well>>& children() const { return _children; }
 
     // Reaches the linked wells too.
@@ -59,6 +77,8 @@ public:
     double botab() const { return _botab; }
     double topab() const { return _topab; }
     double zdom() const { return _zdom; }
+    // The domain's elevation at the well, set when the well is placed on a column.
+    void zdom(double z) { _zdom = z; }
     bool is_wet() const { return _wet; }
     // Reaches the linked wells too.
     void set_wet(bool wet);
@@ -138,6 +158,10 @@ private:
     void update_ab_limits();
     void avoid_scour(double zt, double wd);
     bool column_agrees(const DepositionSet* column, double z1, double z2) const;
+    // Raises the level towards z through the bricks the column agrees with; true when it rose.
+    bool climb_while_agreeing(const DepositionSet* column, double z);
+    // Once the channel has left, the level climbs through what the column now agrees on.
+    void catch_up();
     void deposit_cases(const Facies& facies, double zb, double zt, const DepositionSet* column);
     void deposit_from_level(const Facies& facies, double zt);
     void trace_case(const std::string& label, double zt) const;
@@ -156,6 +180,8 @@ private:
     double _zdom = 0.;
     bool _wet = false;
     ChannelPoint* _channelPoint = nullptr;
+    // The column of the well's cell, as the last deposit or erosion told it.
+    const DepositionSet* _column = nullptr;
     std::vector<std::unique_ptr<Well>> _children;
     WellConfig _config;
 };

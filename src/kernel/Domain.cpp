@@ -13,6 +13,7 @@
 #include "kernel/Point3D.h"
 #include "kernel/TectoMap.h"
 #include "kernel/Topo.h"
+#include "kernel/Well.h"
 
 #include <algorithm>
 #include <cmath>
@@ -377,16 +378,18 @@ double Domain::get_topo_neigh_dry(int i, int j) const
 void Domain::compute_pseudo_topo(double hmax, DistributionGenerator& generator)
 {
     double lowest = MP_MAX_REAL_VALUE, highest = MP_MIN_REAL_VALUE;
+    // Each well weighs on the courses with its own random strength.
+    std::vector<std::pair<const Well*, double>> wells;
     for (int j = 0; j < _ny; ++j)
         for (int i = 0; i < _nx; ++i)
         {
-            const double z = getObject(i, j).get_topo_rel(false);
+            const DepositionSet& ds = getObject(i, j);
+            const double z = ds.get_topo_rel(false);
             lowest = std::min(lowest, z);
             highest = std::max(highest, z);
+            if (ds.well() != nullptr)
+                wells.emplace_back(ds.well(), generator() + 1.);
         }
-    // The wells' attraction joins here once wells steer the courses: each node's
-    // well is listed with a weight of one draw of `generator` plus 1, and its
-    // correction times that weight adds to the erodibility term below.
     const double range = std::max(hmax, highest - lowest);
     UniformDistributionGenerator noise(_seed, -1e-5, 1e-5);
     const double f = generator() + 1.;
@@ -396,9 +399,12 @@ void Domain::compute_pseudo_topo(double hmax, DistributionGenerator& generator)
         for (int i = 0; i < _nx; ++i)
         {
             DepositionSet& ds = getObject(i, j);
-            const double wells = 0.;
-            const double altered =
-                ds.get_topo_rel(true) + noise() - (ds.get_erodibility() * f / _erod_default + wells) * range;
+            const Point3D node(grid2Rel(i, j), ds.get_topo_rel(true));
+            double attraction = 0.;
+            for (const auto& well : wells)
+                attraction += well.first->correct_avl(node, nullptr, nullptr, nullptr) * well.second;
+            const double altered = ds.get_topo_rel(true) + noise() -
+                                   (ds.get_erodibility() * f / _erod_default + attraction) * range;
             ds.set_topo_altered(altered);
             highest_altered = std::max(highest_altered, altered);
         }

@@ -432,7 +432,7 @@ void Simulator::setupMassBalance()
 
 void Simulator::setWellConfig()
 {
-    // The wells are steered from the channel geometry; none can be held yet.
+    configureWells();
 }
 
 int Simulator::endSequence()
@@ -456,7 +456,7 @@ int Simulator::endSequence()
 
 int Simulator::checkConsistency()
 {
-    if (_parameters->check(_lastMessage))
+    if (_parameters->check(_lastMessage) || !checkWells(_lastMessage))
     {
         _tracer->error(_lastMessage);
         return MP_STATUS_INCONSISTENT;
@@ -584,7 +584,10 @@ int Simulator::prepareRun()
             return fail(std::string(_lastMessage), MP_STATUS_FAILURE);
     }
     if (_network->has_channel())
+    {
+        attachWellsToChannel();
         _network->update_channel();
+    }
     return status;
 }
 
@@ -726,13 +729,16 @@ int Simulator::oneLoop()
 
 void Simulator::prepareOverbank()
 {
-    const double x = (*_overbankDistribution)();
+    double x = (*_overbankDistribution)();
     if (x == 0.)
         _tracer->debug("Maximum intensity of Overbank Flow is zero: there will be no deposit");
     if (!canAggrade())
+    {
         _tracer->info("   Aggradation Blocked by Conditioning");
-    else
-        _network->make_channel_lag(x);
+        x = 0.;
+    }
+    // The channel rises (or not) before the flood spreads.
+    _network->make_channel_lag(x);
 }
 
 double Simulator::computeIsbx() const
@@ -748,8 +754,8 @@ bool Simulator::wantRegionalAvulsion()
 {
     if (_nextRegionalAllowed > getAge())
         return false;
-    // Every well is asked: each one keeps its own count of requests. No well is held yet.
-    const bool any = false;
+    // Every well is asked: each one keeps its own count of requests.
+    const bool any = wellsWantRegionalAvulsion();
     if (!_regionalAvulsionProcess || _regionalAvulsionProcess->mean_interval() == 0.)
         return false;
     return any;
@@ -759,7 +765,7 @@ bool Simulator::wantLocalAvulsion()
 {
     if (_nextLocalAllowed > getAge())
         return false;
-    const bool any = false;
+    const bool any = wellsWantLocalAvulsion();
     if (!_localAvulsionProcess)
         return false;
     if (_localAvulsionProcess->mean_interval() == 0.)
@@ -769,22 +775,24 @@ bool Simulator::wantLocalAvulsion()
 
 bool Simulator::canAvulse()
 {
-    // Only a conditioning well can block an avulsion.
-    return _wells.empty();
+    // A blocking well can be overruled with the relaxation probability.
+    if (!wellsBlockAvulsion())
+        return true;
+    return getDouble("COND_WELL_RELAX") / 100. >= (*_uniform)();
 }
 
 bool Simulator::canAggrade()
 {
-    // Only a conditioning well can block an aggradation.
-    return _wells.empty();
+    if (!wellsBlockAggradation())
+        return true;
+    return getDouble("COND_WELL_RELAX") / 100. >= (*_uniform)();
 }
 
 bool Simulator::allWellsHonored() const
 {
     if (!getBool("COND_WELL_STOP_HONORED"))
         return false;
-    // With no wells every well is honored.
-    return _wells.empty();
+    return wellsHonored();
 }
 
 double Simulator::getUpperLimitRatio()

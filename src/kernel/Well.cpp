@@ -7,7 +7,10 @@
 #include "kernel/ChannelPoint.h"
 #include "kernel/Constants.h"
 #include "kernel/Core.h"
+#include "kernel/CoreList.h"
 #include "kernel/DepositionSet.h"
+#include "kernel/GridParams.h"
+#include "kernel/UserClassList.h"
 
 #include <algorithm>
 #include <cmath>
@@ -19,6 +22,8 @@ namespace
 constexpr double GAUSS_SCALE = 1.73;
 // Share of the channel depth that a live channel can still scour below its top.
 constexpr double SCOUR_SHARE = 0.98;
+// Share of the channel depth of basement that may stand under the log's bottom.
+constexpr double BASEMENT_SLACK = 0.1;
 // Largest number of wells one record may announce.
 constexpr int32_t MAX_LINKED_WELLS = 1 << 16;
 
@@ -41,6 +46,12 @@ bool is_splay_or_levee(const Facies& f)
 bool is_plug(const Facies& f)
 {
     return f.family() == 9 || f.family() == 10;
+}
+
+// Channel lag, point bar, sand plug and the two plugs: what a channel leaves in its bed.
+bool is_channel_fill(const Facies& f)
+{
+    return f.is_erodable();
 }
 
 std::string text_of(double value)
@@ -88,6 +99,93 @@ bool Well::init_facies(const Core& core)
     return true;
 }
 
+bool Well::apply_user_class_list(const UserClassList& classes, iTracer* tracer, Core& core)
+{
+    if (core.isStandardFacies())
+        return true;
+    const int matched = classes.apply(core);
+    if (matched == 0 && tracer != nullptr)
+        tracer->warning("No sample of well " + core.getName() + " matches a user class");
+    return matched > 0;
+}
+
+bool Well::load(iParameters* parameters, iTracer* tracer, const std::string& name, const Core& core,
+                const UserClassList& classes, const GridParams& grid, double zref, int number,
+                CoreList* others)
+{
+    _parameters = parameters;
+    _tracer = tracer;
+    _name = !name.empty() ? name : (!core.getName().empty() ? core.getName() : std::string("Unknown"));
+    Core log(core);
+    log.setName(_name);
+    log.setTracer(tracer);
+    apply_user_class_list(classes, tracer, log);
+    if (!log.isVertical())
+    {
+        CoreList pieces;
+        if (!log.split(grid, pieces) || pieces.empty())
+        {
+            if (tracer != nullptr)
+                tracer->error("Cannot split deviated well " + _name);
+            return false;
+        }
+        log = pieces.at(0);
+        for (int k = 1; others != nullptr && k < pieces.size(); ++k)
+            others->add(pieces.at(k));
+    }
+    log.concatenate(true);
+    log.trim();
+    set_zref(zref);
+    clear_units(0.);
+    if (log.empty())
+    {
+        if (tracer != nullptr)
+            tracer->warning("Empty well ignored #" + std::to_string(number) +
+                            "\nDid you forget to define user classes?");
+        return false;
+    }
+    if (!log.is_top_inside(grid))
+    {
+        if (tracer != nullptr)
+        {
+            std::ostringstream text;
+            text << "Well " << _name << " head at [" << log.top_location().get_abscissa() << ", "
+                 << log.top_location().get_ordinate() << ", " << log.top_elevation()
+                 << "]m is not inside the grid!";
+            tracer->error(text.str());
+        }
+        return false;
+    }
+    _location = grid.geo2Rel(log.top_location());
+    init_facies(log);
+    if (tracer != nullptr && tracer->traceLevel(TRACE_DEBUG))
+    {
+        std::ostringstream text;
+        text << "Well " << _name << " loaded with " << _units.size() << " deposition units ["
+             << rel_to_geo(_zbot) << ", " << rel_to_geo(_ztop) << "] (Height = " << height() << ")";
+        tracer->debug(text.str());
+    }
+    return true;
+}
+
+void Well::resetFrom(const Well& well)
+{
+    WellUnitCollection::operator=(well);
+    _name = well._name;
+    _al = well._al;
+    _ab = well._ab;
+    _botab = well._botab;
+    _topab = well._topab;
+    _zdom = well._zdom;
+    _wet = well._wet;
+    _config = well._config;
+    _column = nullptr;
+    channel_point(nullptr);
+    _children.clear();
+    for (const auto& child : well._children)
+        new_child()->resetFrom(*child);
+}
+
 void Well::to_core(Core& core) const
 {
     core.clear();
@@ -118,6 +216,15 @@ void Well::add_child(std::unique_ptr<Well> child)
     _children.push_back(std::move(child));
 }
 
+std::vector<std::unique_ptr<Well>> Well::release_children()
+{
+    std::vector<std::unique_ptr<Well>> children;
+    children.swap(_children);
+    for (auto& child : children)
+        child->_parent = nullptr;
+    return children;
+}
+
 void Well::set_well_config(const WellConfig& config)
 {
     _config = config;
@@ -127,7 +234,10 @@ void Well::set_well_config(const WellConfig& config)
 
 void Well::set_wet(bool wet)
 {
+    const bool dried = _wet && !wet;
     _wet = wet;
+    if (dried)
+        catch_up();
     for (auto& child : _children)
         child->set_wet(wet);
 }
@@ -298,7 +408,14 @@ Facies Well::nature(std::size_t brick) const
     if (brick >= _units.size())
         return Facies();
     const Facies own = _units[brick].facies();
-    if (_config.closure <= 0. || is_sandy(own))
+    if (_config.closure <= 0.)
+        return own;
+    // A channel-fill brick thinner than the threshold under another channel fill
+    // cannot be told apart by the simulation: it asks for what its upper neighbour asks.
+    if (is_channel_fill(own) && _units[brick].thickness() < _config.closure && brick + 1 < _units.size() &&
+        is_channel_fill(_units[brick + 1].facies()))
+        return nature(brick + 1);
+    if (is_sandy(own))
         return own;
     // A thin run of non-sands between two sands is a gap the simulation may close.
     std::size_t lo = brick;
@@ -586,8 +703,9 @@ bool Well::column_agrees(const DepositionSet* column, double z1, double z2) cons
         }
         top = bottom;
     }
-    // Below the units lies the basement, which no log asks for.
-    return top <= z1 + MP_EPSILON;
+    // Below the units lies the basement. A thin slice of it under the log is
+    // the scour the channel did not reach this time, and agrees like a neutral deposit.
+    return top <= z1 + MP_EPSILON + BASEMENT_SLACK * _config.channelDepth;
 }
 
 void Well::avoid_scour(double zt, double wd)
@@ -608,6 +726,8 @@ void Well::deposit(const Facies& facies, double th, double zb, double wd, const 
 {
     const double zt = zb + th;
     _zdom = zt;
+    if (column != nullptr)
+        _column = column;
     try
     {
         MP_ASSERT_TEXT((wd > 0. && is_wet()) || !is_wet(), "(wd > 0. && is_wet()) || !is_wet()");
@@ -709,19 +829,43 @@ void Well::erode_up_to(double z, double depth)
         child->erode_up_to(z, depth);
 }
 
+bool Well::climb_while_agreeing(const DepositionSet* column, double z)
+{
+    const double start = _al;
+    // Brick by brick, as far as the column agrees with the log.
+    while (!is_finished() && z > _al + MP_EPSILON)
+    {
+        const double step = std::min(z, _topab);
+        if (!column_agrees(column, _al, step))
+            break;
+        set_al(step);
+    }
+    return _al > start + MP_EPSILON;
+}
+
+void Well::catch_up()
+{
+    if (_column == nullptr || is_finished())
+        return;
+    if (climb_while_agreeing(_column, std::min(_column->get_ztop(), _ztop)) && _tracer != nullptr &&
+        _tracer->traceLevel(TRACE_DEBUG))
+        _tracer->debug(_name + ": Dry level catches up al=" + text_of(_al) + " zdom=" + text_of(_zdom));
+}
+
 void Well::erode_down_to(double z, double depth, const DepositionSet* column)
 {
     _zdom = z;
+    if (column != nullptr)
+        _column = column;
     if (z < _al - MP_EPSILON)
     {
         set_al(z);
         if (_tracer != nullptr && _tracer->traceLevel(TRACE_DEBUG))
             _tracer->debug(_name + ": Ero. level falls al=" + text_of(_al) + " zdom=" + text_of(_zdom));
     }
-    else if (!is_finished() && z > _al + MP_EPSILON && column_agrees(column, _al, std::min(z, _ztop)))
+    else if (!is_finished() && z > _al + MP_EPSILON && climb_while_agreeing(column, std::min(z, _ztop)))
     {
         // The erosion took away what contradicted the log: the level catches up.
-        set_al(std::min(z, _ztop));
         if (_tracer != nullptr && _tracer->traceLevel(TRACE_DEBUG))
             _tracer->debug(_name + ": Ero. level catches up al=" + text_of(_al) + " zdom=" + text_of(_zdom));
     }

@@ -3,10 +3,14 @@
 #include "TestSupport.h"
 #include "kernel/ChannelPoint.h"
 #include "kernel/Constants.h"
+#include "kernel/Core.h"
+#include "kernel/CoreList.h"
 #include "kernel/DepositionSet.h"
+#include "kernel/GridParams.h"
 #include "kernel/MeanderCalculator.h"
 #include "kernel/Parameters.h"
 #include "kernel/Tracer.h"
+#include "kernel/UserClassList.h"
 
 #include <cmath>
 #include <sstream>
@@ -409,5 +413,132 @@ TEST_F(WellTest, BinaryRoundTripAndTruncation)
         std::istringstream part(bytes.substr(0, cut));
         EXPECT_FALSE(t.binary_input(part)) << cut;
         EXPECT_NE(g_trace.find("Binary well file format not correct for well "), std::string::npos);
+    }
+}
+
+TEST_F(WellTest, NatureJoinsThinChannelFillUpward)
+{
+    Well w(&params, &tracer);
+    w.clear_units(0.);
+    w.add_unit(WellUnit(Facies(CL), 0.2));
+    w.add_unit(WellUnit(Facies(MP), 0.2));
+    w.add_unit(WellUnit(Facies(PB), 1.));
+    w.add_unit(WellUnit(Facies(CL), 0.2));
+    w.add_unit(WellUnit(Facies(OB), 1.));
+    w.set_well_config(config);
+    w.init(Point2D(), Point2D());
+    // Without a threshold every brick asks for its own facies.
+    EXPECT_EQ(w.nature(0).family(), CL);
+    EXPECT_EQ(w.nature(1).family(), MP);
+    config.closure = 0.5;
+    w.set_well_config(config);
+    // Thin fills under fills ask for the first thick one above them.
+    EXPECT_EQ(w.nature(0).family(), PB);
+    EXPECT_EQ(w.nature(1).family(), PB);
+    EXPECT_EQ(w.nature(2).family(), PB);
+    // A thin fill under a fine deposit stays what it is.
+    EXPECT_EQ(w.nature(3).family(), CL);
+}
+
+TEST_F(WellTest, LoadBuildsBricksFromALog)
+{
+    GridParams grid(10., 10., 40, 30);
+    grid.setLocation(Point3D(1000., 2000., 0.));
+    UserClassList classes;
+    // Top first: undefined (trimmed), two point bars (joined), an overbank.
+    Core log(1105., 2203., 12., "L1");
+    log.add(UD, 0.5);
+    log.add(PB, 1.);
+    log.add(PB, 0.5);
+    log.add(OB, 2.);
+    Well w(&params, &tracer);
+    ASSERT_TRUE(w.load(&params, &tracer, "", log, classes, grid, 5., 1));
+    EXPECT_EQ(w.name(), "L1");
+    ASSERT_EQ(w.size(), 2u);
+    EXPECT_EQ(w.unit(0).facies().family(), OB);
+    EXPECT_DOUBLE_EQ(w.unit(1).thickness(), 1.5);
+    // Relative elevations: geographic less the reference 5; the trimmed top is 11.5.
+    EXPECT_DOUBLE_EQ(w.get_zbot(), 8. - 5.);
+    EXPECT_DOUBLE_EQ(w.get_ztop(), 11.5 - 5.);
+    EXPECT_DOUBLE_EQ(w.active_level(), w.get_zbot());
+    EXPECT_DOUBLE_EQ(w.location().get_abscissa(), 105.);
+    EXPECT_DOUBLE_EQ(w.location().get_ordinate(), 203.);
+    EXPECT_DOUBLE_EQ(w.geoLocation().get_abscissa(), 1105.);
+
+    g_trace.clear();
+    Well far(&params, &tracer);
+    EXPECT_FALSE(far.load(&params, &tracer, "FAR", Core(900., 2100., 1., "x"), classes, grid, 0., 2));
+    EXPECT_EQ(
+        g_trace,
+        "#  WARNING  # : Empty well ignored #2\n              : Did you forget to define user classes?\n");
+    Core outside(900., 2100., 1., "x");
+    outside.add(PB, 1.);
+    g_trace.clear();
+    EXPECT_FALSE(far.load(&params, &tracer, "FAR", outside, classes, grid, 0., 3));
+    EXPECT_EQ(g_trace, "##  ERROR  ## : Well FAR head at [900, 2100, 1]m is not inside the grid!\n");
+
+    // A deviated log crossing two columns gives one well and one more piece.
+    Core deviated(1101., 2101., 10., "D");
+    deviated.setVertical(false);
+    ASSERT_TRUE(deviated.add(PB, 1101., 2101., 8.));
+    ASSERT_TRUE(deviated.add(OB, 1121., 2101., 6.));
+    CoreList others;
+    Well d(&params, &tracer);
+    ASSERT_TRUE(d.load(&params, &tracer, "D", deviated, classes, grid, 0., 4, &others));
+    EXPECT_EQ(d.size(), 1u);
+    EXPECT_EQ(d.unit(0).facies().family(), PB);
+    ASSERT_EQ(others.size(), 1);
+    EXPECT_EQ(Facies::family(others.at(0).getSample(0).getFacies()), OB);
+}
+
+TEST_F(WellTest, ResetFromCopiesStateAndLinkedWells)
+{
+    Well w(&params, &tracer);
+    build(w);
+    w.new_child()->name("W1b");
+    w.set_al(2.5);
+    w.set_wet(true);
+    Well copy(&params, &tracer);
+    copy.resetFrom(w);
+    EXPECT_EQ(copy.name(), "W1");
+    EXPECT_EQ(copy.active_brick(), w.active_brick());
+    EXPECT_DOUBLE_EQ(copy.active_level(), 2.5);
+    EXPECT_TRUE(copy.is_wet());
+    ASSERT_EQ(copy.children().size(), 1u);
+    EXPECT_EQ(copy.children().front()->name(), "W1b");
+    EXPECT_EQ(copy.children().front()->parent(), &copy);
+    EXPECT_EQ(copy.size(), w.size());
+
+    auto released = copy.release_children();
+    ASSERT_EQ(released.size(), 1u);
+    EXPECT_EQ(released.front()->parent(), nullptr);
+    EXPECT_TRUE(copy.children().empty());
+}
+
+TEST_F(WellTest, DriedLevelClimbsToTheFirstContradiction)
+{
+    // Log: PB [0,2], OB [2,3], CL [3,4], UD [4,5], PB [5,6].
+    for (double pointBar : {2., 2.5})
+    {
+        Well w(&params, &tracer);
+        build(w);
+        const DepositionSet column = column_of(PB, pointBar, OB, 3. - pointBar);
+        w.set_wet(true);
+        // Under the live channel the level stays below its scour reach.
+        dep(w, PB, 0., 2., 1., &column);
+        EXPECT_NEAR(w.active_level(), 2. + 1. - 0.98 * 3., 1e-9);
+        w.set_wet(false);
+        if (pointBar == 2.)
+        {
+            // The whole column agrees: the level reaches its top.
+            EXPECT_DOUBLE_EQ(w.active_level(), 3.);
+            EXPECT_EQ(w.nb_honored_units(), 2u);
+        }
+        else
+        {
+            // The point bar over the overbank brick stops the level on the brick's bottom.
+            EXPECT_DOUBLE_EQ(w.active_level(), 2.);
+            EXPECT_EQ(w.nb_honored_units(), 1u);
+        }
     }
 }
