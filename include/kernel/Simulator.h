@@ -335,7 +335,28 @@ private:
     // -- end wells --
 
     // -- state --
+private:
+    // Writes every file of a snapshot into `dir`, which exists.
+    bool writeSnapshot(const std::string& dir);
+    // Reads a snapshot into the freshly initialised model; false at the first failure.
+    bool readSnapshot(const std::string& dir);
+    // Drops a half-loaded model and says so.
+    bool abandonLoad(const std::string& dir);
+    // The channel with the per-point state the next iterations depend on, at full precision.
+    bool saveChannelState(const std::string& path);
+    // Rebuilds the channel written by saveChannelState; other centerline files go
+    // through replaceCenterline.
+    bool restoreChannel(const std::string& path);
+    bool saveDistributions(const std::string& dir);
+    bool loadDistributions(const std::string& dir);
+    // The maps at full precision over what their grid files gave back.
+    bool restoreExactTecto(const std::string& path);
+    bool restoreExactFlattening(const std::string& path);
 
+    // What the dynamic parameter file tells about the channel, for restoreChannel.
+    bool _snapHasChannel = false;
+    unsigned int _snapChannelBirth = 0;
+    double _snapChannelWidth = 0.;
     // -- end state --
 
     // -- measures --

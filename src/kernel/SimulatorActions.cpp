@@ -22,6 +22,8 @@
 
 namespace
 {
+constexpr const char* EXCEPTION_WITHOUT_TEXT = "Exception thrown: look at message window for more details";
+
 template <typename Value>
 std::string text_of(const std::string& head, Value value, const std::string& tail = ")")
 {
@@ -147,9 +149,17 @@ bool Simulator::replaceTopo(const Topo& topo, int mode, int facies, bool flag)
         _network->compute_pseudo_topo();
         return true;
     }
+    catch (const std::exception& e)
+    {
+        return fail(std::string("Simulator::replaceTopo : ") + e.what(), false);
+    }
     catch (const std::string& text)
     {
         return fail("Simulator::replaceTopo : " + text, false);
+    }
+    catch (...)
+    {
+        return fail(std::string("Simulator::replaceTopo : ") + EXCEPTION_WITHOUT_TEXT, false);
     }
 }
 
@@ -269,6 +279,10 @@ bool Simulator::loadEMap(const EMap& map, bool flag)
     {
         return fail("Simulator::replaceTopo : " + text, false);
     }
+    catch (...)
+    {
+        return fail(std::string("Simulator::replaceTopo : ") + EXCEPTION_WITHOUT_TEXT, false);
+    }
 }
 
 bool Simulator::loadEMapFromCst(double value, bool flag)
@@ -354,6 +368,10 @@ bool Simulator::loadUpperLimit(const Topo& topo, int type)
     {
         return fail("Simulator::loadUpperLimit : " + text, false);
     }
+    catch (...)
+    {
+        return fail(std::string("Simulator::loadUpperLimit : ") + EXCEPTION_WITHOUT_TEXT, false);
+    }
 }
 
 bool Simulator::loadUpperLimitFromCst(double value, int type)
@@ -401,9 +419,17 @@ bool Simulator::loadTectoMap(const TectoMap& map)
         _tectoActive = true;
         return true;
     }
+    catch (const std::exception& e)
+    {
+        return fail(std::string("Simulator::loadTectoMap : ") + e.what(), false);
+    }
     catch (const std::string& text)
     {
         return fail("Simulator::loadTectoMap : " + text, false);
+    }
+    catch (...)
+    {
+        return fail(std::string("Simulator::loadTectoMap : ") + EXCEPTION_WITHOUT_TEXT, false);
     }
 }
 
@@ -442,9 +468,17 @@ bool Simulator::loadFlattening(const Topo& topo)
         _domain->updateFlattening();
         return true;
     }
+    catch (const std::exception& e)
+    {
+        return fail(std::string("Simulator::loadFlattening : ") + e.what(), false);
+    }
     catch (const std::string& text)
     {
         return fail("Simulator::loadFlattening : " + text, false);
+    }
+    catch (...)
+    {
+        return fail(std::string("Simulator::loadFlattening : ") + EXCEPTION_WITHOUT_TEXT, false);
     }
 }
 

@@ -121,21 +121,6 @@ TEST(Simulator, LifecycleStatusCodes)
     EXPECT_EQ(sim->getAge(), 0u);
 }
 
-TEST(Simulator, OperationsOfLaterSubsystemsAreRefused)
-{
-    auto sim = small_simulator();
-    ASSERT_EQ(sim->init(false), MP_STATUS_OK);
-    EXPECT_FALSE(sim->save("/tmp/nowhere"));
-    EXPECT_EQ(sim->getLastMessage(), "save is not available yet");
-    EXPECT_FALSE(sim->load("/tmp/nowhere"));
-    EXPECT_FALSE(sim->saveDynamicParams("/tmp/nowhere"));
-    EXPECT_FALSE(sim->addWell(Core(), "W1"));
-    EXPECT_EQ(sim->getLastMessage(), "addWell is not available yet");
-    std::string message;
-    EXPECT_FALSE(sim->applyNexus({1., 2., 3.}, false, message));
-    EXPECT_EQ(message, "applyNexus is not available yet");
-}
-
 TEST(Simulator, TimeProcessesAreKeptUnlessTheirParametersChange)
 {
     auto sim = small_simulator();
