@@ -4,9 +4,11 @@
 // for turbidite systems.
 
 #include <string>
+#include <vector>
 
 class iParameters;
 class iTracer;
+class CoreList;
 
 class MeanderCalculator
 {
@@ -77,6 +79,54 @@ public:
     // 0 when consistent, 5 with warnings, 6 when a rule is broken; the
     // items are left in _msg.
     int check_consistency() const;
+
+    // Forecasts of what a run obtains with the registry as it stands:
+    // velocities in m/s, rates in metres per 10000 iterations, the sand
+    // proportion as a fraction, the sand bodies extension index (ISBX).
+    double forecast_velocity() const;
+    double forecast_mean_velocity_perturbation() const;
+    double forecast_migration_rate() const;
+    double forecast_aggradation_rate() const;
+    // Mean thickness of channel sands laid per 10000 iterations over the domain.
+    double forecast_sand_rate() const;
+    double forecast_sand_proportion() const;
+    double forecast_isbx() const;
+    // The base each forecast coefficient multiplies (so that a measure
+    // divided by its base is the observed coefficient).
+    double velocity_perturbation_base() const;
+    double migration_base(double mean_velocity_perturbation) const;
+    double overbank_base() const;
+    // Extent of the domain across the flow, in metres.
+    double transverse_extent() const;
+    // The fitted coefficients of the forecasts.
+    static double kvp_fitted();
+    static double kmig_fitted();
+    static double kob_fitted();
+    static double ksand_fitted();
+    // Share of the point bars in the channel sands.
+    static double kpb_fitted();
+
+    // Typical ISBX and net to gross (fraction) of a system whose sediment
+    // median is grain size class `gr` (clamped to the valid classes).
+    static double default_isbx(int gr);
+    static double default_sand(int gr);
+
+    // Non-expert inference. `nexus` holds the channel maximum depth, the ISBX
+    // and the net to gross (fraction), 1e30 where not given. False with the
+    // list of refused values in `message`, the registry untouched.
+    static bool apply_nexus(iParameters* parameters, iTracer* tracer, const std::vector<double>& nexus,
+                            bool adaptGrid, std::string& message);
+    // The same targets reached by the event periods only (and the grid).
+    static bool apply_neqsus(iParameters* parameters, iTracer* tracer, const std::vector<double>& nexus,
+                             bool adaptGrid, std::string& message);
+    // The three inputs of the inference read from logs.
+    static bool nexus_from_wells(iParameters const* parameters, const CoreList& cores,
+                                 std::vector<double>& nexus, std::string& message);
+    // Accepted ranges of the non-expert inputs besides the depth's registry range.
+    static constexpr double MIN_ISBX = 1.;
+    static constexpr double MAX_ISBX = 200.;
+    static constexpr double MIN_SAND = 0.05;
+    static constexpr double MAX_SAND = 0.95;
 
     static std::string _msg;
     static bool _use_standard;

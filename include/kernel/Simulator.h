@@ -360,7 +360,40 @@ private:
     // -- end state --
 
     // -- measures --
+public:
+    // One line of the iteration statistics, its values in the order of the
+    // header (the header itself with `header`).
+    std::string statsLine(bool header);
+    // One line per channel point, upstream first; empty without a channel.
+    std::string clStatsLine(bool header);
+    // One line per grid node under the channel; empty without a channel.
+    std::string grainsizeStatsLine(bool header);
+    // Thickness of deposits of each facies family over the block, as a mean
+    // over the nodes in metres (index = family).
+    std::vector<double> familyThicknesses() const;
 
+private:
+    // Lateral range swept by the channel across each reach of one wavelength
+    // since the last avulsion; the reaches are counted along the flow.
+    void sweepBelt() const;
+    // Channel position sample behind the migration rate.
+    void sampleMigration() const;
+    // Whether the channel is still the one the belt and the samples were taken on.
+    bool sameChannelLife() const;
+    // Plane positions (relative frame) of the channel points inside the grid.
+    typedef std::vector<std::pair<double, double>> Positions;
+    double measuredMigration(const Positions& before, unsigned int ageBefore) const;
+    Positions channelPointsInDomain() const;
+
+    mutable std::map<int, std::pair<double, double>> _belt;
+    mutable const void* _beltChannel = nullptr;
+    mutable unsigned int _beltBirth = 0;
+    mutable unsigned int _beltAvulsions = 0;
+    mutable unsigned int _beltAge = 0;
+    mutable Positions _migrationSample;
+    mutable unsigned int _migrationAge = 0;
+    // 1e30 while no rate is measured.
+    mutable double _migrationRate = 1e30;
     // -- end measures --
 
     // -- previews --

@@ -3,6 +3,8 @@
 #include "interface/iParameters.h"
 #include "interface/iTracer.h"
 #include "kernel/Constants.h"
+#include "kernel/Core.h"
+#include "kernel/CoreList.h"
 
 #include <algorithm>
 #include <cmath>
@@ -14,6 +16,23 @@ bool MeanderCalculator::_use_standard = true;
 
 namespace
 {
+
+// Coefficients of the forecasts and the tables of typical values by grain
+// size class, fitted on short runs of the simulator itself by
+// bench/calibration/calibrate.py, which rewrites this block.
+// -- calibrated constants --
+constexpr double CAL_KVP = 0.622708;
+constexpr double CAL_KMIG = 1.00796;
+constexpr double CAL_KOB = 0.588548;
+constexpr double CAL_KSAND = 1.30173;
+constexpr double CAL_KPB = 0.937082;
+constexpr double CAL_ISBX_A = 76.7992;
+constexpr double CAL_ISBX_B = 0.5;
+constexpr double CAL_DEFAULT_ISBX[15] = {197.7, 197.7, 197.7, 197.7, 197.7, 197.7, 197.7, 197.7,
+                                         197.7, 197.7, 197.7, 197.7, 197.7, 197.7, 197.7};
+constexpr double CAL_DEFAULT_SAND[15] = {0.6194, 0.6194, 0.6194, 0.6194, 0.6194, 0.6194, 0.6194, 0.6194,
+                                         0.6194, 0.6194, 0.6194, 0.6194, 0.6194, 0.6194, 0.6194};
+// -- end calibrated constants --
 
 // Resonant wave number for the default scour factor of 7.
 constexpr double BETA_PRIME_DEFAULT = 2.1178482887682417;
@@ -621,4 +640,413 @@ int MeanderCalculator::check_consistency() const
 
     _msg = found.message();
     return found.status();
+}
+
+// ---- Forecasts ---------------------------------------------------------
+
+namespace
+{
+constexpr double PER_10000 = 10000.;
+// AG_TYPE values the forecasts distinguish.
+constexpr int AG_DRAPING = 1;
+constexpr int AG_OVERBANK = 2;
+// Event laws set by the inference.
+constexpr int PROCESS_POISSON = 2;
+constexpr int DIST_GAUSSIAN = 2;
+// Spread of the overbank intensity relative to its mean, as in the defaults.
+constexpr double OB_RELATIVE_STDEV = 0.3;
+// Bounds of the periods the inference sets, in iterations.
+constexpr double MIN_PERIOD = 10.;
+constexpr double MAX_PERIOD = 1000000.;
+
+double clamp_to(double value, double lo, double hi)
+{
+    return std::max(lo, std::min(hi, value));
+}
+
+// Mean interval of the regional avulsions, 0 when they never happen.
+int regional_interval(iParameters const* p)
+{
+    return event_interval(p, "AV_REG_FREQ", "AV_REG_PERIOD", "AV_REG_POISSON");
+}
+} // namespace
+
+double MeanderCalculator::kvp_fitted()
+{
+    return CAL_KVP;
+}
+double MeanderCalculator::kmig_fitted()
+{
+    return CAL_KMIG;
+}
+double MeanderCalculator::kob_fitted()
+{
+    return CAL_KOB;
+}
+double MeanderCalculator::ksand_fitted()
+{
+    return CAL_KSAND;
+}
+double MeanderCalculator::kpb_fitted()
+{
+    return CAL_KPB;
+}
+
+double MeanderCalculator::default_isbx(int gr)
+{
+    return CAL_DEFAULT_ISBX[std::max(0, std::min(MD_NB_CLASS_GR - 1, gr))];
+}
+
+double MeanderCalculator::default_sand(int gr)
+{
+    return CAL_DEFAULT_SAND[std::max(0, std::min(MD_NB_CLASS_GR - 1, gr))];
+}
+
+// Uniform flow in the channel of the registry, its sinuosity not known yet.
+double MeanderCalculator::forecast_velocity() const
+{
+    const double hmean = hmean_from_hmax(_params->getParamDouble("CHNL_MAX_DEPTH"));
+    const double cf = cf_from_hmean_and_wavelength(hmean, _params->getParamDouble("CHNL_WAVELENGTH"));
+    return velocity_from_hmean_and_cf(hmean, cf, _params->getParamDouble("DOMAIN_SLOPE"), MP_UNDEF_REAL);
+}
+
+// The bank velocity perturbation scales with the velocity times the width
+// over the bend radius, the radius scaling with the wavelength.
+double MeanderCalculator::velocity_perturbation_base() const
+{
+    const double wavelength = _params->getParamDouble("CHNL_WAVELENGTH");
+    if (wavelength <= 0.)
+        return 0.;
+    return forecast_velocity() * _params->getParamDouble("CHNL_WIDTH") * MP_TWO_PI / wavelength;
+}
+
+double MeanderCalculator::forecast_mean_velocity_perturbation() const
+{
+    return CAL_KVP * velocity_perturbation_base();
+}
+
+// Banks retreat by erodibility times velocity perturbation over one year per iteration.
+double MeanderCalculator::migration_base(double mean_velocity_perturbation) const
+{
+    return _params->getParamDouble("EROD_COEF") * mean_velocity_perturbation * MP_SECONDS_PER_YEAR *
+           PER_10000;
+}
+
+double MeanderCalculator::forecast_migration_rate() const
+{
+    return CAL_KMIG * migration_base(forecast_mean_velocity_perturbation());
+}
+
+// Thickness the floods bring at the channel per 10000 iterations.
+double MeanderCalculator::overbank_base() const
+{
+    const int ag_type = _params->getParamInt("AG_TYPE");
+    if (ag_type != AG_OVERBANK && ag_type != AG_DRAPING)
+        return 0.;
+    const int interval = event_interval(_params, "AG_OB_FREQ", "AG_OB_PERIOD", "AG_OB_POISSON");
+    if (interval <= 0)
+        return 0.;
+    return std::max(0., mean_overbank_intensity(_params)) * PER_10000 / interval;
+}
+
+double MeanderCalculator::transverse_extent() const
+{
+    const Domain2D dom = domain_of(_params);
+    const double angle = relative_flow_direction(_params->getParamDouble("DOMAIN_GRID_DIR"),
+                                                 _params->getParamDouble("CHNL_FLW_DIR"));
+    return std::fabs(dom.length * std::sin(angle)) + std::fabs(dom.width * std::cos(angle));
+}
+
+// Point bars sweep a channel depth of sand over the area the channel migrates across.
+double MeanderCalculator::forecast_sand_rate() const
+{
+    const double extent = transverse_extent();
+    if (extent <= 0.)
+        return 0.;
+    return CAL_KSAND * _params->getParamDouble("CHNL_MAX_DEPTH") * forecast_migration_rate() / extent;
+}
+
+// Fines of the floods and of the background rain, plus the channel sands.
+double MeanderCalculator::forecast_aggradation_rate() const
+{
+    const int ag_type = _params->getParamInt("AG_TYPE");
+    const double floods = ag_type == AG_OVERBANK ? CAL_KOB * overbank_base() : overbank_base();
+    return floods + _params->getParamDouble("AG_OB_PEL_DRAP_INT") + forecast_sand_rate();
+}
+
+double MeanderCalculator::forecast_sand_proportion() const
+{
+    const double total = forecast_aggradation_rate();
+    if (total <= 0.)
+        return 0.;
+    return forecast_sand_rate() / total;
+}
+
+// The sand body of one channel widens with the distance it migrates between
+// two avulsions, counted in channel widths.
+double MeanderCalculator::forecast_isbx() const
+{
+    const int interval = regional_interval(_params);
+    const double width = _params->getParamDouble("CHNL_WIDTH");
+    if (interval <= 0 || width <= 0.)
+        return MAX_ISBX;
+    const double x = interval * forecast_migration_rate() / (PER_10000 * width);
+    return std::min(MAX_ISBX, CAL_ISBX_A * std::pow(std::max(0., x), CAL_ISBX_B));
+}
+
+// ---- Non-expert inference ----------------------------------------------
+
+namespace
+{
+struct NexusInput
+{
+    double hmax;
+    double isbx;
+    double sand;
+};
+
+bool is_given(const std::vector<double>& values, size_t k)
+{
+    return k < values.size() && values[k] < MP_UNDEF_REAL;
+}
+
+// Values not given take the registry's depth and the typical values of the
+// sediment's median class; values out of range are listed.
+bool read_nexus(iParameters const* p, const std::vector<double>& nexus, NexusInput& in, std::string& message)
+{
+    const int gr = p->getSedMedianClass();
+    in.hmax = is_given(nexus, 0) ? nexus[0] : p->getParamDouble("CHNL_MAX_DEPTH");
+    in.isbx = is_given(nexus, 1) ? nexus[1] : MeanderCalculator::default_isbx(gr);
+    in.sand = is_given(nexus, 2) ? nexus[2] : MeanderCalculator::default_sand(gr);
+    const double hmin = p->getParamMinDouble("CHNL_MAX_DEPTH");
+    const double hmax = p->getParamMaxDouble("CHNL_MAX_DEPTH");
+    std::string items;
+    auto refuse = [&items](const std::string& name, double value, double lo, double hi)
+    {
+        if (value >= lo && value <= hi)
+            return;
+        items += "\n- " + name + " (" + text(value) + ") must be within [" + text(lo) + ", " + text(hi) + "]";
+    };
+    refuse("Channel maximum depth", in.hmax, hmin, hmax);
+    refuse("Sand bodies extension index", in.isbx, MeanderCalculator::MIN_ISBX, MeanderCalculator::MAX_ISBX);
+    refuse("Net to gross", in.sand, MeanderCalculator::MIN_SAND, MeanderCalculator::MAX_SAND);
+    if (items.empty())
+        return true;
+    message = "Following parameters are out of range:" + items;
+    return false;
+}
+
+// The channel natural to the depth: width, wavelength, erodibility, and a
+// valley slope that gets gentler as rivers get deeper.
+void set_geometry(iParameters* p, const MeanderCalculator& mc, double hmax)
+{
+    const double width = mc.width_from_hmean(MeanderCalculator::hmean_from_hmax(hmax));
+    const double wavelength = mc.wavelength_from_width(width);
+    p->setParamDouble("CHNL_MAX_DEPTH", hmax);
+    p->setParamDouble("CHNL_WIDTH", width);
+    p->setParamDouble("CHNL_WAVELENGTH", wavelength);
+    p->setParamDouble("EROD_COEF", mc.erod_from_wavelength(wavelength));
+    const double slope = mc.default_slope() * mc.default_hmax() / hmax;
+    p->setParamDouble("DOMAIN_SLOPE", clamp_to(slope, p->getParamMinDouble("DOMAIN_SLOPE"),
+                                               p->getParamMaxDouble("DOMAIN_SLOPE")));
+}
+
+// The default grid keeps its node counts; its lags follow the channel width.
+void set_grid(iParameters* p, const MeanderCalculator& mc)
+{
+    const double mesh = std::max(1., mc.mesh_from_width(p->getParamDouble("CHNL_WIDTH")));
+    p->setParamDouble("DOMAIN_DX", mesh);
+    p->setParamDouble("DOMAIN_DY", mesh);
+    p->setParamInt("DOMAIN_NX", p->getParamDefInt("DOMAIN_NX"));
+    p->setParamInt("DOMAIN_NY", p->getParamDefInt("DOMAIN_NY"));
+}
+
+// Events the inference does not steer go back to their defaults, so that the
+// same request always gives the same configuration.
+void set_event_defaults(iParameters* p)
+{
+    for (const char* name : {"CHNL_SCALE_DIST", "AG_EP_FREQ"})
+        p->setParamInt(name, p->getParamDefInt(name));
+    for (const char* name :
+         {"CHNL_SCALE_CONST", "CHNL_SCALE_MIN", "CHNL_SCALE_MAX", "CHNL_SCALE_NORM_MEAN",
+          "CHNL_SCALE_NORM_STDEV", "CHNL_SCALE_LOGNORM_MEAN", "CHNL_SCALE_LOGNORM_STDEV", "AV_LOC_PROB1",
+          "AV_LOC_PROB2", "AG_LV_WIDTH", "AG_EP_INIT_ELEV", "AG_OB_PEAT", "AG_OB_PEL_DRAP_INT"})
+        p->setParamDouble(name, p->getParamDefDouble(name));
+    for (const char* name : {"AV_LV_OB", "AV_NO_SPLAY", "AG_RAND_LAMBDA"})
+        p->setParamBool(name, p->getParamDefBool(name));
+    p->setParamInt("AG_TYPE", AG_OVERBANK);
+    // The flood deposit reaches as far, in channel widths, as in the default system.
+    const double default_width = p->getParamDefDouble("CHNL_WIDTH");
+    if (default_width > 0.)
+        p->setParamDouble("AG_EXP_DEC_THICK", p->getParamDefDouble("AG_EXP_DEC_THICK") *
+                                                  p->getParamDouble("CHNL_WIDTH") / default_width);
+}
+
+void set_period(iParameters* p, const std::string& prefix, double period)
+{
+    const int value = static_cast<int>(std::lround(clamp_to(period, MIN_PERIOD, MAX_PERIOD)));
+    if (p->getParamInt(prefix + "_FREQ") != 1)
+        p->setParamInt(prefix + "_FREQ", PROCESS_POISSON);
+    p->setParamInt(prefix + "_PERIOD", value);
+    p->setParamInt(prefix + "_POISSON", value);
+}
+
+// Regional avulsions every period that lets the channel widen its sand body
+// to the index asked; local ones keep their default ratio to them.
+void set_avulsion_periods(iParameters* p, const MeanderCalculator& mc, double isbx)
+{
+    const double width = p->getParamDouble("CHNL_WIDTH");
+    const double rate = std::max(MP_EPSILON, mc.forecast_migration_rate());
+    const double x = std::pow(isbx / CAL_ISBX_A, 1. / CAL_ISBX_B);
+    const double regional = x * PER_10000 * width / rate;
+    const double ratio = static_cast<double>(p->getParamDefInt("AV_LOC_PERIOD")) /
+                         std::max(1, p->getParamDefInt("AV_REG_PERIOD"));
+    set_period(p, "AV_REG", regional);
+    set_period(p, "AV_LOC", regional * ratio);
+}
+
+// Fines needed beside the forecast channel sands for the net to gross asked.
+double fines_needed(const MeanderCalculator& mc, double sand)
+{
+    return mc.forecast_sand_rate() * (1. - sand) / sand;
+}
+
+int shortest_avulsion_interval(iParameters const* p)
+{
+    int shortest = static_cast<int>(MAX_PERIOD);
+    for (const char* prefix : {"AV_REG", "AV_LOC"})
+    {
+        const std::string base(prefix);
+        const int interval = event_interval(p, base + "_FREQ", base + "_PERIOD", base + "_POISSON");
+        if (interval > 0)
+            shortest = std::min(shortest, interval);
+    }
+    return shortest;
+}
+
+// Floods at their default period (levees are built before they are
+// breached), of the intensity that brings the fines needed.
+void set_overbank_intensity(iParameters* p, const MeanderCalculator& mc, double sand)
+{
+    const int period =
+        std::max(1, std::min(p->getParamDefInt("AG_OB_PERIOD"), shortest_avulsion_interval(p)));
+    const double intensity = fines_needed(mc, sand) * period / (PER_10000 * CAL_KOB);
+    p->setParamInt("AG_OB_FREQ", PROCESS_POISSON);
+    p->setParamInt("AG_OB_PERIOD", period);
+    p->setParamInt("AG_OB_POISSON", period);
+    p->setParamInt("AG_OB_DIST", DIST_GAUSSIAN);
+    p->setParamDouble("AG_OB_CONST", intensity);
+    p->setParamDouble("AG_OB_NORM_MEAN", intensity);
+    p->setParamDouble("AG_OB_NORM_STDEV", intensity * OB_RELATIVE_STDEV);
+    p->setParamDouble("AG_OB_LOGNORM_MEAN", intensity);
+    p->setParamDouble("AG_OB_LOGNORM_STDEV", intensity * OB_RELATIVE_STDEV);
+}
+
+// The flood period that brings the fines needed with the intensity in force.
+void set_overbank_period(iParameters* p, const MeanderCalculator& mc, double sand)
+{
+    const double fines = fines_needed(mc, sand) - p->getParamDouble("AG_OB_PEL_DRAP_INT");
+    const double intensity = mean_overbank_intensity(p);
+    const double period = fines > 0. ? CAL_KOB * intensity * PER_10000 / fines : MAX_PERIOD;
+    set_period(p, "AG_OB", period);
+}
+} // namespace
+
+bool MeanderCalculator::apply_nexus(iParameters* parameters, iTracer* tracer,
+                                    const std::vector<double>& nexus, bool adaptGrid, std::string& message)
+{
+    NexusInput in{};
+    if (!read_nexus(parameters, nexus, in, message))
+        return false;
+    const MeanderCalculator mc(parameters, tracer);
+    set_geometry(parameters, mc, in.hmax);
+    if (adaptGrid)
+        set_grid(parameters, mc);
+    set_event_defaults(parameters);
+    set_avulsion_periods(parameters, mc, in.isbx);
+    set_overbank_intensity(parameters, mc, in.sand);
+    message.clear();
+    return true;
+}
+
+bool MeanderCalculator::apply_neqsus(iParameters* parameters, iTracer* tracer,
+                                     const std::vector<double>& nexus, bool adaptGrid, std::string& message)
+{
+    NexusInput in{};
+    if (!read_nexus(parameters, nexus, in, message))
+        return false;
+    const MeanderCalculator mc(parameters, tracer);
+    if (adaptGrid)
+        set_grid(parameters, mc);
+    set_avulsion_periods(parameters, mc, in.isbx);
+    set_overbank_period(parameters, mc, in.sand);
+    message.clear();
+    return true;
+}
+
+namespace
+{
+bool is_channel_sand(unsigned char family)
+{
+    return family >= 1 && family <= 3;
+}
+} // namespace
+
+// A channel fill is at most one channel deep: the median channel sand body
+// tells the depth, the thicknesses the net to gross, and the grain size of
+// the sands the typical extension.
+bool MeanderCalculator::nexus_from_wells(iParameters const* parameters, const CoreList& cores,
+                                         std::vector<double>& nexus, std::string& message)
+{
+    double sand = 0.;
+    double total = 0.;
+    std::vector<double> bodies;
+    std::vector<int> classes;
+    for (const Core& core : cores)
+    {
+        double body = 0.;
+        for (const CoreSample& sample : core.getSamples())
+        {
+            const unsigned char family = sample.getFacies();
+            if (family == 0 || sample.getHeight() >= MP_UNDEF_REAL)
+            {
+                body = 0.;
+                continue;
+            }
+            total += sample.getHeight();
+            if (sample.isSand())
+            {
+                sand += sample.getHeight();
+                classes.push_back(sample.getGrainClass());
+            }
+            if (is_channel_sand(family))
+                body += sample.getHeight();
+            else if (body > 0.)
+            {
+                bodies.push_back(body);
+                body = 0.;
+            }
+        }
+        if (body > 0.)
+            bodies.push_back(body);
+    }
+    if (total <= 0.)
+    {
+        message = "no deposit in wells";
+        return false;
+    }
+    if (bodies.empty())
+    {
+        message = "no channel sand in wells";
+        return false;
+    }
+    std::sort(bodies.begin(), bodies.end());
+    std::sort(classes.begin(), classes.end());
+    const double depth = bodies[bodies.size() / 2];
+    const int gr = classes.empty() ? parameters->getSedMedianClass() : classes[classes.size() / 2];
+    nexus = {clamp_to(depth, parameters->getParamMinDouble("CHNL_MAX_DEPTH"),
+                      parameters->getParamMaxDouble("CHNL_MAX_DEPTH")),
+             default_isbx(gr), clamp_to(sand / total, MIN_SAND, MAX_SAND)};
+    message.clear();
+    return true;
 }

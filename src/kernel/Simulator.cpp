@@ -741,12 +741,6 @@ void Simulator::prepareOverbank()
     _network->make_channel_lag(x);
 }
 
-double Simulator::computeIsbx() const
-{
-    // The sand bodies extension index is a statistics measure, not held yet.
-    return MP_UNDEF_REAL;
-}
-
 // ---------------------------------------------------------------------------
 // Stop and conditioning tests
 
