@@ -1,5 +1,6 @@
 #include "Main.h"
 
+#include "PngWriter.h"
 #include "interface/iParameters.h"
 #include "interface/iSimulator.h"
 #include "kernel/NewJournalFile.h"
@@ -15,12 +16,20 @@ namespace
 constexpr int TIER_FREE = 0;
 constexpr int TIER_PREMIUM = 1;
 constexpr int TIER_RESEARCH = 2;
+
+// Holds no state, so one writer serves every simulator of the process.
+PngWriter& png_writer()
+{
+    static PngWriter writer;
+    return writer;
+}
 } // namespace
 
 Main::Main()
     : _simulator(iSimulator::createSimulator()), _tracer(_simulator->getTracer()),
       _parameters(_simulator->getParameters())
 {
+    _simulator->setImageWriter(&png_writer());
     _parameters->setUsingFluvi();
     _parameters->setUsingDistrib(TIER_FREE);
 }

@@ -22,6 +22,7 @@ class Well;
 class Core;
 class CoreList;
 class UserClassList;
+class iImageWriter;
 
 // Results of the run operations. Code 4 is produced by no operation.
 constexpr int MP_STATUS_OK = 0;
@@ -212,5 +213,11 @@ public:
     // The three inputs of the inference, derived from logs.
     virtual bool nexusFromWells(const CoreList& cores, std::vector<double>& nexus, std::string& message) = 0;
     // -- previews --
+    // The writer that turns rendered previews into files; not owned, may be null.
+    virtual void setImageWriter(iImageWriter* writer) = 0;
+    // Writes into `dir` (made when missing) "top.png", one "slice_<z>.png" per
+    // elevation of `slices`, "section_x.png" and "section_y.png"; false with the
+    // reason in the last message.
+    virtual bool savePreviews(const std::string& dir, const std::vector<double>& slices) = 0;
     // -- end previews --
 };

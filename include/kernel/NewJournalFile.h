@@ -108,6 +108,7 @@ private:
     bool save_topography();
     bool save_slices();
     bool save_conditioning_stats();
+    bool save_previews();
     bool save_histogram(const std::string& path, const CoreList& cores);
     bool extract_wells(CoreList& cores);
     std::string input_histogram_file() const;
@@ -163,4 +164,6 @@ private:
     double _histoDz;
     int _histoNz;
     std::vector<ExtractedWell> _extractedWells;
+    // Directory of the preview images written at the end of the batch.
+    std::string _pngDir;
 };

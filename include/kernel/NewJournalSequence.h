@@ -68,6 +68,7 @@ private:
 
     int prepare(NewJournalFile* file);
     int apply_inference();
+    void report_inferred(bool nexus, bool grid);
     int apply_parameters();
     int apply_expert_settings();
     int check_consistency(NewJournalFile* file);

@@ -397,6 +397,11 @@ private:
     // -- end measures --
 
     // -- previews --
+public:
+    void setImageWriter(iImageWriter* writer) override { _imageWriter = writer; }
+    bool savePreviews(const std::string& dir, const std::vector<double>& slices) override;
 
+private:
+    iImageWriter* _imageWriter = nullptr;
     // -- end previews --
 };

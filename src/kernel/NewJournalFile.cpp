@@ -100,6 +100,7 @@ void NewJournalFile::reset()
     _histoDz = MP_UNDEF_REAL;
     _histoNz = MP_UNDEF_INT;
     _extractedWells.clear();
+    _pngDir.clear();
 }
 
 // ---------------------------------------------------------------------------
@@ -596,6 +597,8 @@ bool NewJournalFile::read_output_keyword(const std::string& key, const std::stri
             return fail("Wrong HISTO_DZ or HISTO_NZ value (must be > 0.)");
         _histoNz = number;
     }
+    else if (key == "PNG_DIR")
+        _pngDir = filename(value, true);
     else if (key != "EXP_WELL")
         known = false;
     return true;
@@ -782,6 +785,12 @@ bool NewJournalFile::check_outputs()
     for (const ExtractedWell& well : _extractedWells)
         if (!check_writable(extracted_well_file(well), "Extracted well file "))
             return false;
+    // The preview directory is made at the end when it does not exist yet.
+    std::error_code code;
+    if (!_pngDir.empty() &&
+        !(std::filesystem::is_directory(_pngDir, code) && ::access(_pngDir.c_str(), W_OK) == 0) &&
+        !isWritable(_pngDir))
+        return fail("PNG_DIR " + _pngDir + " is not writable");
     return true;
 }
 
@@ -808,7 +817,8 @@ bool NewJournalFile::check_exports()
     if (is_set(_histoDz) != is_set(_histoNz))
         return fail("Wrong HISTO_DZ or HISTO_NZ value (must be > 0.)");
     const bool anything = stats || !_sliceZ.empty() || is_set(_histoDz) || is_set(_histoNz) ||
-                          is_set(_f2gDz) || !_extractedWells.empty() || !_statsCondFile.empty();
+                          is_set(_f2gDz) || !_extractedWells.empty() || !_statsCondFile.empty() ||
+                          !_pngDir.empty();
     if (!anything)
         return fail("Nothing to export (please use STATS_IT, STATS_AV, SLICE_Z, HISTO_DZ, HISTO_NZ, F2G_DZ, "
                     "EXP_WELL or STATS_COND_FILE)");
@@ -942,11 +952,9 @@ bool NewJournalFile::load_wells()
         tracer->info("Adding conditioning well " + file);
         const std::string trajectory = k < _wellTrajectories.size() ? _wellTrajectories[k] : "";
         const std::string name = k < _wellNames.size() ? _wellNames[k] : "";
+        // A bad well is refused alone: the others still condition the run.
         if (!_simulator->addWellFromFile(file, trajectory, name))
-        {
             tracer->error("Error loading well: " + file);
-            return false;
-        }
     }
     return true;
 }
@@ -1045,7 +1053,18 @@ bool NewJournalFile::exportSimuF2G(bool byAge)
 {
     const std::string file =
         byAge ? base_name() + "_it" + std::to_string(_simulator->getAge()) + ".f2g" : f2g_file();
-    _simulator->getTracer()->info("Saving " + file + " between {" + text(_f2gZbot) + ", " + text(_f2gZtop) +
+    // Limits left unset are the block's own: the report tells the range actually written.
+    double zbot = _f2gZbot;
+    double ztop = _f2gZtop;
+    double zmin = 0.;
+    double zmax = 0.;
+    if (const iDomain* domain = _simulator->getDomain(); domain && (!is_set(zbot) || !is_set(ztop)))
+    {
+        domain->min_and_max_elevation_geo(zmin, zmax);
+        zbot = is_set(zbot) ? zbot : zmin;
+        ztop = is_set(ztop) ? ztop : zmax;
+    }
+    _simulator->getTracer()->info("Saving " + file + " between {" + text(zbot) + ", " + text(ztop) +
                                   "m} by " + text(_f2gDz) + "m...");
     if (!_simulator->saveSimuF2G(file, _f2gDz, _f2gFacies == 1, _f2gGrain == 1, _f2gAge == 1, _f2gZbot,
                                  _f2gZtop, _f2gOrder))
@@ -1081,6 +1100,22 @@ bool NewJournalFile::save_outputs()
         infer_nexus(extracted, "extracted wells");
     if (histogram && !_extractedWells.empty() && !save_histogram(extracted_histogram_file(), extracted))
         return false;
+    return save_previews();
+}
+
+// Pictures of the block seen from above and of its slices at the SLICE_Z heights.
+bool NewJournalFile::save_previews()
+{
+    if (_pngDir.empty())
+        return true;
+    iTracer* tracer = _simulator->getTracer();
+    tracer->info("Saving previews in " + _pngDir);
+    if (!createDirectory(_pngDir) || !_simulator->savePreviews(_pngDir, _sliceZ))
+    {
+        const std::string& reason = _simulator->getLastMessage();
+        tracer->error("Cannot save the previews in " + _pngDir + (reason.empty() ? "" : "\n" + reason));
+        return false;
+    }
     return true;
 }
 

@@ -7,6 +7,7 @@
 #include "kernel/Centerline.h"
 #include "kernel/Domain.h"
 #include "kernel/EMap.h"
+#include "kernel/MeanderCalculator.h"
 #include "kernel/NewJournalFile.h"
 #include "kernel/Point2D.h"
 #include "kernel/TectoMap.h"
@@ -571,6 +572,7 @@ int NewJournalSequence::apply_inference()
         tracer->info("Calculating Nexus for " + nexus_text(_nexus));
         if (!_simulator->applyNexus(_nexus, _nexusGrid == 1, message))
             return fail("Error calculating Nexus:\n" + message);
+        report_inferred(true, _nexusGrid == 1);
     }
     if (_hasNeqsus)
     {
@@ -579,8 +581,29 @@ int NewJournalSequence::apply_inference()
         tracer->info("Calculating Neqsus for " + nexus_text(_neqsus));
         if (!_simulator->applyNeqsus(_neqsus, _neqsusGrid == 1, message))
             return fail("Error calculating Neqsus:\n" + message);
+        report_inferred(false, _neqsusGrid == 1);
     }
     return MP_STATUS_OK;
+}
+
+// The expert parameters the inference chose, so that the user can keep them.
+void NewJournalSequence::report_inferred(bool nexus, bool grid)
+{
+    iTracer* tracer = _simulator->getTracer();
+    if (!tracer->traceLevel(TRACE_INFO))
+        return;
+    const iParameters* params = _simulator->getParameters();
+    std::vector<std::string> names;
+    if (nexus)
+        names = {"CHNL_MAX_DEPTH", "CHNL_WIDTH", "CHNL_WAVELENGTH", "EROD_COEF", "DOMAIN_SLOPE"};
+    if (grid)
+        names.insert(names.end(), {"DOMAIN_NX", "DOMAIN_NY", "DOMAIN_DX", "DOMAIN_DY"});
+    names.insert(names.end(), {"AV_REG_POISSON", "AV_LOC_POISSON", "AG_OB_POISSON"});
+    if (nexus)
+        names.insert(names.end(), {"AG_OB_NORM_MEAN", "AG_OB_NORM_STDEV", "AG_EXP_DEC_THICK"});
+    tracer->info(std::string(nexus ? "Nexus" : "Neqsus") + " parameters:");
+    for (const std::string& name : names)
+        tracer->info("  " + name + " = " + NewJournalFile::text(params->getParam(name)));
 }
 
 int NewJournalSequence::apply_parameters()
@@ -684,6 +707,8 @@ void NewJournalSequence::report_forecast()
                  NewJournalFile::text(_simulator->getForecastAggradationRate()));
     tracer->info("  Forecast Migration Rate (m/10000 it): " +
                  NewJournalFile::text(_simulator->getForecastMigrationRate()));
+    if (const MeanderCalculator* mc = _simulator->getMeanderCalculator())
+        tracer->info("  Forecast Sand Bodies Extension Index: " + NewJournalFile::text(mc->forecast_isbx()));
 }
 
 int NewJournalSequence::apply_surfaces()

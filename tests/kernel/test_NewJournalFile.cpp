@@ -289,7 +289,8 @@ TEST(NewJournalFile, LaunchCallsTheSimulatorInOrder)
     EXPECT_DOUBLE_EQ(sim.parameters().getParamDouble("CHNL_WIDTH"), 60.);
     EXPECT_TRUE(traced("Nexus automatic inference from input wells gives NEXUS_HMAX = 2.5, NEXUS_ISBX = 3, "
                        "NEXUS_SAND = 0.4"));
-    EXPECT_TRUE(traced("Saving " + base + ".f2g between {-10, 1e+30m} by 0.5m..."));
+    // The unset top is the block's own top.
+    EXPECT_TRUE(traced("Saving " + base + ".f2g between {-10, 1m} by 0.5m..."));
     EXPECT_TRUE(traced("Extracting well at indices [1, 2]..."));
     EXPECT_TRUE(traced("End of the simulation..."));
     EXPECT_TRUE(traced("End of batch!"));
@@ -356,8 +357,6 @@ TEST(NewJournalFile, InitializeBuildsTheModel)
          "Error adding user class: "},
         {"USER_CLASS_TYPE = 2\nUSER_CLASS_FAC_ID = 1\nUSER_CLASS_ATT = a\nF2G_DZ = 1\nF2G_FACIES = 1\n",
          "setUserClassList", "Error loading user classes"},
-        {"WELL_FILE = w1.flw\nF2G_DZ = 1\nF2G_FACIES = 1\n", "addWellFromFile",
-         "Error loading well: " + dir.file("w1.flw")},
         {"BASEMENT_TOPO = ascii.txt\nF2G_DZ = 1\nF2G_FACIES = 1\n", "",
          "Basement topography file must be F2G format: " + dir.file("ascii.txt")},
         {"BASEMENT_TOPO = base.f2g\nF2G_DZ = 1\nF2G_FACIES = 1\n", "replaceTopo",
@@ -397,6 +396,15 @@ TEST(NewJournalFile, InitializeBuildsTheModel)
     ASSERT_TRUE(nexusBatch.load(dir.file("case.bat")));
     EXPECT_EQ(nexusBatch.initialize(), 0);
     EXPECT_TRUE(traced("#  WARNING  # : Cannot calculate Nexus from input wells: no sand in wells"));
+
+    // A bad well is refused alone: the model is still built and runs.
+    FakeSimulator badWell;
+    badWell.failing.insert("addWellFromFile");
+    NewJournalFile wellBatch(&badWell);
+    ASSERT_TRUE(wellBatch.load(dir.file("case.bat")));
+    EXPECT_EQ(wellBatch.launch(), 0);
+    EXPECT_TRUE(traced("##  ERROR  ## : Error loading well: " + dir.file("w1.flw")));
+    EXPECT_TRUE(badWell.called("newSequence"));
 }
 
 TEST(NewJournalFile, ForceSimuGovernsConsistencyErrors)
@@ -531,6 +539,36 @@ TEST(NewJournalFile, RegularStopsGoOnToTheNextSequence)
     EXPECT_TRUE(traced("Preparing sequence #2 for #IT = 3"));
     EXPECT_TRUE(sim.called("run(" + std::to_string(UINT_MAX) + ")"));
     EXPECT_EQ(std::count(sim.calls.begin(), sim.calls.end(), "endSequence()"), 2);
+}
+
+TEST(NewJournalFile, PreviewsAreSavedLastWithTheSliceHeights)
+{
+    TempDir dir;
+    // The only export: the directory is made at the end, the slice heights go with it.
+    FakeSimulator sim;
+    sim.sliceSize = 20;
+    write_file(dir.file("run.bat"),
+               std::string("[GLOBAL]\nPNG_DIR = png/\nSLICE_Z = 2.5\nSLICE_Z = -1\n") + SEQUENCE);
+    NewJournalFile file(&sim);
+    ASSERT_TRUE(file.load(dir.file("run.bat"))) << trace_text();
+    ASSERT_EQ(file.launch(), 0) << trace_text();
+    EXPECT_EQ(sim.calls.back(), "savePreviews(" + dir.file("png") + ",2.5;-1)");
+    EXPECT_TRUE(std::filesystem::is_directory(dir.file("png")));
+    EXPECT_TRUE(traced("Saving previews in " + dir.file("png")));
+
+    FakeSimulator failing;
+    failing.failing.insert("savePreviews");
+    NewJournalFile failed(&failing);
+    ASSERT_TRUE(failed.load(dir.file("run.bat")));
+    EXPECT_EQ(failed.launch(), 1);
+    EXPECT_TRUE(traced("##  ERROR  ## : Cannot save the previews in " + dir.file("png")));
+    EXPECT_FALSE(traced("End of batch!"));
+
+    // A directory that cannot be made is refused when the file is read.
+    write_file(dir.file("plain"), "x");
+    FakeSimulator refused;
+    EXPECT_FALSE(load_batch(refused, dir, std::string("[GLOBAL]\nPNG_DIR = plain/sub\n") + SEQUENCE));
+    EXPECT_TRUE(traced("PNG_DIR " + dir.file("plain/sub") + " is not writable"));
 }
 
 TEST(NewJournalFile, NothingCrashesOnGarbage)

@@ -392,6 +392,14 @@ public:
         message = "Following parameters are out of range:\n- Net to gross (2)";
         return record("applyNeqsus", adaptGrid ? "grid" : "");
     }
+    void setImageWriter(iImageWriter*) override { calls.push_back("setImageWriter()"); }
+    bool savePreviews(const std::string& dir, const std::vector<double>& slices) override
+    {
+        std::string heights;
+        for (double z : slices)
+            heights += (heights.empty() ? "" : ";") + num(z);
+        return record("savePreviews", dir + "," + heights);
+    }
     bool nexusFromWells(const CoreList& cores, std::vector<double>& nexus, std::string& message) override
     {
         nexus = {2.5, 3., 0.4};
