@@ -1,0 +1,89 @@
+// The default example's simulation run whole through the batch reader: the
+// default parameters on the default domain, 500 iterations of one seeded
+// sequence, reported as iterations per second with the peak memory.
+
+#include "interface/iChannel.h"
+#include "interface/iDomain.h"
+#include "interface/iSimulator.h"
+#include "interface/iTracer.h"
+#include "kernel/GridParams.h"
+#include "kernel/NewJournalFile.h"
+#include "kernel/Tracer.h"
+
+#include <benchmark/benchmark.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <sys/resource.h>
+#include <unistd.h>
+
+namespace
+{
+
+constexpr int ITERATIONS = 500;
+
+void quiet(const char*, TraceLevel) {}
+
+// Peak resident memory of the process, in MiB (ru_maxrss counts KiB on Linux).
+double peak_memory_mib()
+{
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return static_cast<double>(usage.ru_maxrss) / 1024.;
+}
+
+// The default example's batch file with its exports sent to `dir`.
+std::string default_batch(const std::filesystem::path& dir)
+{
+    const std::string out = (dir / "default").string();
+    return "[GLOBAL]\nF2G_FILE = " + out +
+           ".f2g\nF2G_DZ = 0.1\nF2G_FACIES = 1\nF2G_GRAIN = 1\nF2G_AGE = 1\n" + "TOPO_FILE = " + out +
+           "_topo.f2g\nSLICE_Z = -1.5\nSLICE_FILE = " + out + "_slice.f2g\n" +
+           "[NEW_SEQ]\nSIM_SEED = 165426111\nLAUNCH_IT = " + std::to_string(ITERATIONS) + "\n";
+}
+
+void BM_DefaultExample(benchmark::State& state)
+{
+    const std::filesystem::path dir =
+        std::filesystem::temp_directory_path() / ("sarvo_bench_wholerun_" + std::to_string(::getpid()));
+    std::filesystem::create_directories(dir);
+    const std::string batch = (dir / "default.bat").string();
+    std::ofstream(batch) << default_batch(dir);
+
+    int nx = 0;
+    int ny = 0;
+    int points = 0;
+    for (auto _ : state)
+    {
+        iSimulator* sim = iSimulator::createSimulator();
+        sim->getTracer()->setTraceFunction(quiet);
+        NewJournalFile file(sim);
+        if (!file.load(batch) || file.launch() != MP_STATUS_OK)
+        {
+            const std::string reason = "the default batch did not run to its end: " + sim->getLastMessage();
+            state.SkipWithError(reason.c_str());
+            iSimulator::deleteSimulator(sim);
+            break;
+        }
+        const GridParams& grid = sim->getDomain()->getGridParams();
+        nx = grid.getNx();
+        ny = grid.getNy();
+        points = sim->getChannel() ? sim->getChannel()->number_of_points() : 0;
+        iSimulator::deleteSimulator(sim);
+    }
+    std::filesystem::remove_all(dir);
+
+    state.counters["iterations/s"] =
+        benchmark::Counter(static_cast<double>(state.iterations()) * ITERATIONS, benchmark::Counter::kIsRate);
+    state.counters["peak_MiB"] = peak_memory_mib();
+    state.counters["nx"] = nx;
+    state.counters["ny"] = ny;
+    state.counters["channel_points"] = points;
+    state.SetLabel("grid " + std::to_string(nx) + " x " + std::to_string(ny) + ", channel " +
+                   std::to_string(points) + " points");
+}
+
+} // namespace
+
+BENCHMARK(BM_DefaultExample)->Unit(benchmark::kMillisecond)->Iterations(2);
