@@ -16,6 +16,4 @@ DOMAIN_NX = 90
 DOMAIN_NY = 70
 DOMAIN_DX = 10
 DOMAIN_DY = 10
-# Levee breaches do not open crevasse splays in this case.
-AV_NO_SPLAY = 1
 LAUNCH_IT = 300
