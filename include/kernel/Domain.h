@@ -136,6 +136,10 @@ public:
     void get_tecto_map(TectoMap& map) const;
     // Percentage of nodes still below the upper limit; 1 for a share under 1 %, 0 for none.
     int upper_limit_zul() const;
+    // True when no node is below the upper limit (upper_limit_zul() == 0),
+    // asked every iteration: the scan starts at the last node found below and
+    // stops at the first one, so it is short until the very end.
+    bool upper_limit_reached() const;
 
     // --- Elevation extremes
     double max_elevation_rel() const override;
@@ -324,6 +328,7 @@ public:
     static void get_vector(double angle, int& di, int& dj);
 
 private:
+    mutable long long _zul_hint = 0;
     void trace_leaving(int ix, int iy, int ix0, int iy0, const Point2D& prev, bool upward) const;
     // -- end course finding --
 };

@@ -900,6 +900,22 @@ int Domain::upper_limit_zul() const
     return percent < 1 ? 1 : percent;
 }
 
+bool Domain::upper_limit_reached() const
+{
+    const long long count = static_cast<long long>(_nx) * _ny;
+    for (long long n = 0; n < count; ++n)
+    {
+        const long long k = (_zul_hint + n) % count;
+        const DepositionSet& ds = getObject(static_cast<int>(k % _nx), static_cast<int>(k / _nx));
+        if (ds.get_zul() != MP_UNDEF_REAL && ds.get_zul() > ds.get_topo_rel(true))
+        {
+            _zul_hint = k;
+            return false;
+        }
+    }
+    return true;
+}
+
 // ---------------------------------------------------------------------------
 // Elevation extremes
 

@@ -565,7 +565,7 @@ int Simulator::prepareRun()
         _tracer->error("Sequence is not ready! Call newSequence before!");
         status = MP_STATUS_NOT_READY;
     }
-    if (getUpperLimitRatio() <= 0.)
+    if (zulReached())
     {
         if (getInt("ZUL_TYPE") == ZUL_ERODE)
             erodeToUpperLimit();
@@ -716,7 +716,7 @@ int Simulator::oneLoop()
     if (_tracer->generateStatsIt() && _statsProcess->occurs(age))
         dumpStats();
 
-    if (getUpperLimitRatio() <= 0.)
+    if (zulReached())
     {
         if (getInt("ZUL_TYPE") == ZUL_ERODE)
             erodeToUpperLimit();
@@ -798,7 +798,10 @@ double Simulator::getUpperLimitRatio()
 
 bool Simulator::zulReached()
 {
-    return getUpperLimitRatio() <= 0.;
+    // Same answer as getUpperLimitRatio() <= 0, without counting every node.
+    if (getInt("ZUL_TYPE") == ZUL_NONE || !ready(false))
+        return false;
+    return _domain->upper_limit_reached();
 }
 
 unsigned int Simulator::getAge() const

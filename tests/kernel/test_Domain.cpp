@@ -387,6 +387,7 @@ TEST(Domain, UpperLimitSurface)
     Kernel k;
     auto dom = k.make(20, 10);
     EXPECT_EQ(dom->upper_limit_zul(), 0);
+    EXPECT_TRUE(dom->upper_limit_reached());
     // With no limit, a built map is lo everywhere.
     ASSERT_TRUE(dom->build_emap_zul(4e-8));
     EXPECT_DOUBLE_EQ(dom->getErodibility(3, 3), 2e-8);
@@ -412,6 +413,16 @@ TEST(Domain, UpperLimitSurface)
     // One node of 200: under 1 % but not none.
     ASSERT_TRUE(dom->load_zul(surface_on(*dom, [](int i, int j) { return i == 3 && j == 4 ? 101. : 99.; })));
     EXPECT_EQ(dom->upper_limit_zul(), 1);
+    // The quick test agrees with the count as the last node below moves around.
+    EXPECT_FALSE(dom->upper_limit_reached());
+    ASSERT_TRUE(dom->load_zul(surface_on(*dom, [](int i, int j) { return i == 17 && j == 1 ? 101. : 99.; })));
+    EXPECT_FALSE(dom->upper_limit_reached());
+    ASSERT_TRUE(dom->load_zul(surface_on(*dom, [](int i, int j) { return i == 0 && j == 0 ? 101. : 99.; })));
+    EXPECT_FALSE(dom->upper_limit_reached());
+    ASSERT_TRUE(dom->load_zul(surface_on(*dom, [](int, int) { return 99.; })));
+    EXPECT_EQ(dom->upper_limit_zul(), 0);
+    EXPECT_TRUE(dom->upper_limit_reached());
+    ASSERT_TRUE(dom->load_zul(surface_on(*dom, [](int i, int j) { return i == 3 && j == 4 ? 101. : 99.; })));
     Topo hole = surface_on(*dom, [](int, int) { return 120.; });
     hole.set_at(4, 7, MP_UNDEF_REAL);
     EXPECT_FALSE(dom->load_zul(hole));
