@@ -1,16 +1,26 @@
-# Default fluvial simulation: the default parameters on the default domain
-# (251 x 201 nodes of 10 m), one sequence of 500 iterations.
+# Default fluvial simulation: every parameter at its default on the default
+# domain (251 x 201 nodes of 10 m, flow towards +Y, channel 30 m wide and
+# 3 m deep). The channel migrates, cuts off its loops, floods, breaks its
+# levees into crevasse splays and avulses, rising with its floods until the
+# top of the block reaches a flat upper limit three channel depths (9 m)
+# above the initial surface (about 18000 iterations).
 # Outputs are written to output/, next to this file.
 [GLOBAL]
+# The block: facies, grain size and age, sampled every 0.1 m.
 F2G_FILE = output/default.f2g
 F2G_DZ = 0.1
 F2G_FACIES = 1
 F2G_GRAIN = 1
 F2G_AGE = 1
+# The last topography and a horizontal slice halfway up the block.
 TOPO_FILE = output/default_topo.f2g
-SLICE_Z = -1.5
+SLICE_Z = 4.5
 SLICE_FILE = output/default_slice.f2g
+# Pictures of the top, the slice and two middle sections.
+PNG_DIR = output/png
 
 [NEW_SEQ]
 SIM_SEED = 165426111
-LAUNCH_IT = 500
+# Run until the upper limit is reached everywhere.
+LAUNCH_IT = -1
+ZUL_TOPO = 9
