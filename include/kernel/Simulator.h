@@ -201,6 +201,7 @@ public:
 
     // Read-only views for tests and the batch reader.
     Domain* domain() const { return _domain.get(); }
+    const MassBalance* massBalance() const { return _massBalance.get(); }
     Network* network() const { return _network.get(); }
     Tracer* tracer() const { return _tracer.get(); }
     Parameters* parameters() const { return _parameters.get(); }

@@ -10,7 +10,9 @@
 #include "interface/iParameters.h"
 #include "interface/iTracer.h"
 #include "kernel/DepositUnit.h"
+#include "kernel/Domain.h"
 #include "kernel/GridParams.h"
+#include "kernel/MassBalance.h"
 #include "kernel/Tracer.h"
 
 #include <gtest/gtest.h>
@@ -249,4 +251,62 @@ TEST(WholeRun, RotatedShiftedDomainExportsGeographicHeaders)
     EXPECT_EQ(header_value(topo, "F2G_ROTATION"), "30");
     expect_location(topo, 452000., 6.1e6, false);
     EXPECT_EQ(numbers(header_value(topo, "F2G_ORIGIN")), (std::vector<double>{0., 0.}));
+}
+
+TEST(WholeRun, EventsKeepTheStacksWholeAndTheAccountsBalancedByClass)
+{
+    SimPtr sim = small_model(4242, 60, 50);
+    iParameters* p = sim->getParameters();
+    p->setParamBool("MASS_BAL_ACTIVE", true);
+    // Frequent floods and breaches so that every event reaches the stacks.
+    p->setParamInt("AG_OB_POISSON", 10);
+    p->setParamInt("AV_LOC_POISSON", 40);
+    p->setParamInt("AV_REG_POISSON", 150);
+    ASSERT_EQ(open_sequence(*sim), MP_STATUS_OK) << g_trace;
+    const auto* kernel = dynamic_cast<const Simulator*>(sim.get());
+    ASSERT_NE(kernel, nullptr);
+    const MassBalance* mb = kernel->massBalance();
+    ASSERT_TRUE(mb->isActive());
+
+    double eroded = 0., deposited = 0.;
+    for (int it = 0; it < 600; ++it)
+    {
+        ASSERT_EQ(sim->run(1), MP_STATUS_OK) << sim->getLastMessage();
+        // Within an iteration, what is available is what came in, plus what
+        // erosion freed, minus what was laid down, class by class.
+        for (int c = 0; c < MD_NB_CLASS_GR; ++c)
+        {
+            const double expected = mb->getInput()[c] + mb->getEroded()[c] - mb->getDeposited()[c];
+            ASSERT_NEAR(mb->getAvailable()[c], expected, 1e-9 * (1. + std::abs(expected)))
+                << "iteration " << it << " class " << c;
+            eroded += mb->getEroded()[c];
+            deposited += mb->getDeposited()[c];
+        }
+    }
+    EXPECT_GT(eroded, 0.);
+    EXPECT_GT(deposited, 0.);
+    for (const char* event : {"Overbank Flow", "Levee Breaches", "Regional Avulsion"})
+        EXPECT_NE(g_trace.find(event), std::string::npos) << event;
+
+    // Every column: no unit of negative thickness (hiatus units are empty),
+    // ages rising upwards, and units that fill the column from base to top.
+    const Domain* domain = kernel->domain();
+    const GridParams& grid = domain->getGridParams();
+    for (int j = 0; j < grid.getNy(); ++j)
+        for (int i = 0; i < grid.getNx(); ++i)
+        {
+            const std::vector<DepositUnit> stack = domain->getStack(i, j);
+            double total = 0.;
+            unsigned int age = 0;
+            for (const DepositUnit& unit : stack)
+            {
+                ASSERT_GE(unit.thickness(), 0.) << i << " " << j;
+                ASSERT_GE(unit.age(), age) << i << " " << j;
+                age = unit.age();
+                total += unit.thickness();
+            }
+            const DepositionSet& column = domain->getObject(i, j);
+            ASSERT_NEAR(column.get_ztop() - column.get_zbot(), total, 1e-6 + 1e-9 * stack.size())
+                << i << " " << j;
+        }
 }
