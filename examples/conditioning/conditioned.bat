@@ -26,7 +26,6 @@ DOMAIN_NX = 120
 DOMAIN_NY = 90
 DOMAIN_DX = 10
 DOMAIN_DY = 10
-AV_NO_SPLAY = 1
 # Wells steer the banks within 4 channel widths and attract new courses.
 COND_MIG_WELLS_FACTOR = 4
 COND_AV_WELLS = 1
