@@ -82,6 +82,9 @@ public:
     bool is_wet() const { return _wet; }
     // Reaches the linked wells too.
     void set_wet(bool wet);
+    // The column the well stands on, as a deposit or an erosion would tell it;
+    // reaches the linked wells too (a well read back from a snapshot).
+    void set_column(const DepositionSet* column);
     // The active brick is past the last one.
     bool is_finished() const { return _ab >= _units.size(); }
     // Bricks entirely below the active level.

@@ -345,8 +345,13 @@ bool Simulator::loadWell(const std::string& path)
         return true;
     }
     const std::string name = well->name();
+    Well* raw = well.get();
     if (!registerWell(std::move(well), false))
         return fail("Cannot add well " + name, false);
+    // A placed well has always heard from its column (placing one erodes down to it).
+    int i = 0, j = 0;
+    if (wellCell(*raw, i, j))
+        raw->set_column(&_domain->getObject(i, j));
     return true;
 }
 

@@ -168,6 +168,13 @@ bool Well::load(iParameters* parameters, iTracer* tracer, const std::string& nam
     return true;
 }
 
+void Well::set_column(const DepositionSet* column)
+{
+    _column = column;
+    for (const auto& child : _children)
+        child->set_column(column);
+}
+
 void Well::resetFrom(const Well& well)
 {
     WellUnitCollection::operator=(well);

@@ -3,6 +3,7 @@
 #include "kernel/NewJournalFile.h"
 
 #include "TestSupport.h"
+#include "interface/iParameters.h"
 #include "interface/iSimulator.h"
 #include "interface/iTracer.h"
 #include "kernel/Tracer.h"
@@ -46,6 +47,8 @@ SimPtr quiet_simulator()
     SimPtr sim(iSimulator::createSimulator());
     sim->getTracer()->setTraceFunction(capture);
     sim->getTracer()->setTraceLevel(TRACE_INFO);
+    // The research tier, as the program runs by default.
+    sim->getParameters()->setUsingDistrib(2);
     g_trace.clear();
     return sim;
 }
@@ -204,4 +207,34 @@ TEST(BatchRun, AnExportLostAfterTheRunIsReported)
     EXPECT_NE(file.launch(), MP_STATUS_OK);
     EXPECT_TRUE(traced("Cannot save the simulation in " + out + "/block.f2g")) << g_trace;
     EXPECT_FALSE(traced("End of batch!"));
+}
+
+TEST(BatchRun, SnapshotAcrossBatchesGivesTheBlockOfOneBatch)
+{
+    TempDir dir;
+    const std::string model = "[NEW_SEQ]\nSIM_SEED = 1234\nDOMAIN_NX = 50\nDOMAIN_NY = 40\n"
+                              "DOMAIN_DX = 10\nDOMAIN_DY = 10\nAG_OB_POISSON = 15\nAV_LOC_POISSON = 30\n"
+                              "AV_REG_POISSON = 45\nLAUNCH_IT = 60\n";
+    for (const char* out : {"whole", "first", "second"})
+        std::filesystem::create_directories(dir.file(out));
+
+    // One batch of two sequences, then the same cut in two batches.
+    const Outcome whole = run_batch(dir, global_section(dir.file("whole")) + model + "[NEW_SEQ]\nLAUNCH_IT = 60\n");
+    ASSERT_TRUE(whole.loaded) << g_trace;
+    ASSERT_EQ(whole.status, MP_STATUS_OK) << g_trace;
+    ASSERT_TRUE(traced("Overbank Flow"));
+
+    const Outcome first =
+        run_batch(dir, global_section(dir.file("first")) + model + "SNAP_SAVE_DIR = " + dir.file("snap") + "\n");
+    ASSERT_TRUE(first.loaded) << g_trace;
+    ASSERT_EQ(first.status, MP_STATUS_OK) << g_trace;
+    ASSERT_TRUE(std::filesystem::exists(dir.file("snap") + "/dyparams.txt")) << g_trace;
+
+    const Outcome second = run_batch(dir, global_section(dir.file("second")) + "[NEW_SEQ]\nSNAP_LOAD_DIR = " +
+                                              dir.file("snap") + "\nLAUNCH_IT = 60\n");
+    ASSERT_TRUE(second.loaded) << g_trace;
+    ASSERT_EQ(second.status, MP_STATUS_OK) << g_trace;
+    for (const char* name : {"block.f2g", "topo.f2g", "slice.f2g"})
+        EXPECT_TRUE(read_file(dir.file("second") + "/" + name) == read_file(dir.file("whole") + "/" + name))
+            << name << " differs after the restart";
 }
