@@ -21,17 +21,15 @@ namespace
 // size class, fitted on short runs of the simulator itself by
 // bench/calibration/calibrate.py, which rewrites this block.
 // -- calibrated constants --
-constexpr double CAL_KVP = 0.622708;
-constexpr double CAL_KMIG = 1.00796;
-constexpr double CAL_KOB = 0.588548;
-constexpr double CAL_KSAND = 1.30173;
-constexpr double CAL_KPB = 0.937082;
-constexpr double CAL_ISBX_A = 76.7992;
-constexpr double CAL_ISBX_B = 0.5;
-constexpr double CAL_DEFAULT_ISBX[15] = {197.7, 197.7, 197.7, 197.7, 197.7, 197.7, 197.7, 197.7,
-                                         197.7, 197.7, 197.7, 197.7, 197.7, 197.7, 197.7};
-constexpr double CAL_DEFAULT_SAND[15] = {0.6194, 0.6194, 0.6194, 0.6194, 0.6194, 0.6194, 0.6194, 0.6194,
-                                         0.6194, 0.6194, 0.6194, 0.6194, 0.6194, 0.6194, 0.6194};
+constexpr double CAL_KVP = 0.534525;
+constexpr double CAL_KMIG = 1.07625;
+constexpr double CAL_KOB = 0.536839;
+constexpr double CAL_KSAND = 0.680576;
+constexpr double CAL_KPB = 0.926598;
+constexpr double CAL_ISBX_A = 34.7327;
+constexpr double CAL_ISBX_B = 0.418696;
+constexpr double CAL_DEFAULT_ISBX[15] = {74.34, 74.34, 74.34, 74.34, 74.34, 74.34, 74.34, 74.34, 74.34, 74.34, 74.34, 74.34, 74.34, 74.34, 74.34};
+constexpr double CAL_DEFAULT_SAND[15] = {0.3872, 0.3872, 0.3872, 0.3872, 0.3872, 0.3872, 0.3872, 0.3872, 0.3872, 0.3872, 0.3872, 0.3872, 0.3872, 0.3872, 0.3872};
 // -- end calibrated constants --
 
 // Resonant wave number for the default scour factor of 7.
