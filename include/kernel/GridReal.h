@@ -126,7 +126,8 @@ protected:
     bool write_ascii(const std::string& path, iTracer* tracer);
     // Node lines walked by `order`, gathered in `text`; false on a refused order or a cancel.
     bool write_values(std::string& text, iTracer* tracer, const std::string& order);
-    std::string node_line(size_t index) const;
+    // Appends the values of one node (this grid's, then its variables'), one line.
+    void append_node_line(std::string& text, size_t index) const;
 
     std::vector<double> _values;
     double _min;

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <charconv>
 #include <cmath>
 #include <fstream>
 #include <sstream>
@@ -982,23 +983,34 @@ bool GridReal::write(const std::string& path, iTracer* tracer, int format, const
     }
 }
 
-std::string GridReal::node_line(size_t index) const
+namespace
 {
-    std::ostringstream line;
+// Six significant digits in the shortest of fixed and scientific forms, as a
+// default-formatted stream writes them, but without the stream's cost per
+// value and whatever the locale.
+void append_number(std::string& text, double value)
+{
+    char buffer[32];
+    const auto result = std::to_chars(buffer, buffer + sizeof(buffer), value, std::chars_format::general, 6);
+    text.append(buffer, result.ptr);
+}
+} // namespace
+
+void GridReal::append_node_line(std::string& text, size_t index) const
+{
     if (_values[index] == _undefinedValue)
-        line << _undefinedText;
+        text += _undefinedText;
     else
-        line << _values[index];
+        append_number(text, _values[index]);
     for (const GridReal* variable : _variables)
     {
-        line << ' ';
+        text += ' ';
         if (index >= variable->_values.size() || variable->_values[index] == variable->_undefinedValue)
-            line << variable->_undefinedText;
+            text += variable->_undefinedText;
         else
-            line << variable->_values[index];
+            append_number(text, variable->_values[index]);
     }
-    line << '\n';
-    return line.str();
+    text += '\n';
 }
 
 bool GridReal::write_values(std::string& text, iTracer* tracer, const std::string& order)
@@ -1010,7 +1022,7 @@ bool GridReal::write_values(std::string& text, iTracer* tracer, const std::strin
     const OrderWalk walk(terms, _nx, _ny, _nz);
     if (tracer != nullptr)
         tracer->progress(-walk.count(2));
-    std::ostringstream out;
+    text.clear();
     for (int a3 = 0; a3 < walk.count(2); ++a3)
     {
         for (int a2 = 0; a2 < walk.count(1); ++a2)
@@ -1018,12 +1030,11 @@ bool GridReal::write_values(std::string& text, iTracer* tracer, const std::strin
             {
                 int i = 0, j = 0, k = 0;
                 walk.node(a1, a2, a3, i, j, k);
-                out << node_line(index_of(i, j, k));
+                append_node_line(text, index_of(i, j, k));
             }
         if (tracer != nullptr && !tracer->progress(1))
             return false;
     }
-    text = out.str();
     return true;
 }
 
