@@ -23,7 +23,6 @@
 namespace
 {
 
-
 void quiet(const char*, TraceLevel) {}
 
 // Peak resident memory of the process, in MiB (ru_maxrss counts KiB on Linux).

@@ -19,9 +19,7 @@ void on_error(png_structp png, png_const_charp text)
     png_longjmp(png, 1);
 }
 
-void on_warning(png_structp, png_const_charp)
-{
-}
+void on_warning(png_structp, png_const_charp) {}
 
 // The encoding itself; no C++ object with a destructor lives in this frame
 // across setjmp, since a longjmp would skip it.
@@ -43,7 +41,8 @@ bool encode(FILE* file, const RgbImage& image, std::string* error)
     }
     png_init_io(png, file);
     png_set_IHDR(png, info, static_cast<png_uint_32>(image.width), static_cast<png_uint_32>(image.height), 8,
-                 PNG_COLOR_TYPE_RGB, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+                 PNG_COLOR_TYPE_RGB, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT,
+                 PNG_FILTER_TYPE_DEFAULT);
     png_write_info(png, info);
     const size_t stride = static_cast<size_t>(image.width) * 3;
     for (int y = 0; y < image.height; ++y)
@@ -75,7 +74,8 @@ bool PngWriter::writePng(const std::string& path, const RgbImage& image, std::st
     const bool closed = std::fclose(file) == 0;
     if (!encoded || !closed)
     {
-        message = "Error while writing PNG file " + path + ": " + (encoded ? std::string("cannot close it") : error);
+        message = "Error while writing PNG file " + path + ": " +
+                  (encoded ? std::string("cannot close it") : error);
         std::remove(path.c_str());
         return false;
     }

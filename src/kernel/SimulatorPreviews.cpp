@@ -38,7 +38,8 @@ bool Simulator::savePreviews(const std::string& dir, const std::vector<double>& 
         // Each picture is written as soon as it is drawn, so only one is held at a time.
         std::string message;
         std::string path;
-        auto write = [&](const std::string& name, const RgbImage& image) {
+        auto write = [&](const std::string& name, const RgbImage& image)
+        {
             path = (folder / name).string();
             return _imageWriter->writePng(path, image, message);
         };

@@ -219,19 +219,21 @@ TEST(BatchRun, SnapshotAcrossBatchesGivesTheBlockOfOneBatch)
         std::filesystem::create_directories(dir.file(out));
 
     // One batch of two sequences, then the same cut in two batches.
-    const Outcome whole = run_batch(dir, global_section(dir.file("whole")) + model + "[NEW_SEQ]\nLAUNCH_IT = 60\n");
+    const Outcome whole =
+        run_batch(dir, global_section(dir.file("whole")) + model + "[NEW_SEQ]\nLAUNCH_IT = 60\n");
     ASSERT_TRUE(whole.loaded) << g_trace;
     ASSERT_EQ(whole.status, MP_STATUS_OK) << g_trace;
     ASSERT_TRUE(traced("Overbank Flow"));
 
-    const Outcome first =
-        run_batch(dir, global_section(dir.file("first")) + model + "SNAP_SAVE_DIR = " + dir.file("snap") + "\n");
+    const Outcome first = run_batch(dir, global_section(dir.file("first")) + model +
+                                             "SNAP_SAVE_DIR = " + dir.file("snap") + "\n");
     ASSERT_TRUE(first.loaded) << g_trace;
     ASSERT_EQ(first.status, MP_STATUS_OK) << g_trace;
     ASSERT_TRUE(std::filesystem::exists(dir.file("snap") + "/dyparams.txt")) << g_trace;
 
-    const Outcome second = run_batch(dir, global_section(dir.file("second")) + "[NEW_SEQ]\nSNAP_LOAD_DIR = " +
-                                              dir.file("snap") + "\nLAUNCH_IT = 60\n");
+    const Outcome second =
+        run_batch(dir, global_section(dir.file("second")) + "[NEW_SEQ]\nSNAP_LOAD_DIR = " + dir.file("snap") +
+                           "\nLAUNCH_IT = 60\n");
     ASSERT_TRUE(second.loaded) << g_trace;
     ASSERT_EQ(second.status, MP_STATUS_OK) << g_trace;
     for (const char* name : {"block.f2g", "topo.f2g", "slice.f2g"})

@@ -1,6 +1,7 @@
 #include "kernel/FaciesImage.h"
 
 #include "TestSupport.h"
+#include "interface/iParameters.h"
 #include "kernel/Domain.h"
 #include "kernel/MassBalance.h"
 #include "kernel/MeanderCalculator.h"
@@ -8,7 +9,6 @@
 #include "kernel/SeedGenerator.h"
 #include "kernel/Simulator.h"
 #include "kernel/Tracer.h"
-#include "interface/iParameters.h"
 
 #include <gtest/gtest.h>
 
@@ -26,9 +26,7 @@ constexpr double ZREF = 100.;
 constexpr unsigned char NONE = FaciesImage::NO_DEPOSIT;
 typedef std::array<int, 3> Rgb;
 
-void quiet(const char*, TraceLevel)
-{
-}
+void quiet(const char*, TraceLevel) {}
 
 struct Kernel
 {
@@ -63,19 +61,25 @@ void build_column(DepositionSet& ds, double zbot, std::initializer_list<Depositi
 //   every other column empty.
 std::unique_ptr<Domain> make_block(Kernel& k)
 {
-    auto dom = std::make_unique<Domain>(&k.mc, &k.seed, &k.mb, nullptr, 10., 10., 4, 3, Point2D(), 0., ZREF, 0u,
-                                        Facies(8));
-    build_column(dom->getObject(0, 0), 0., {DepositionUnit(Facies(2), 200, 1), DepositionUnit(Facies(8), 100, 1)});
-    build_column(dom->getObject(3, 2), 0., {DepositionUnit(Facies(1), 100, 1), DepositionUnit(Facies(7), 100, 1)});
-    build_column(dom->getObject(1, 1), 0., {DepositionUnit(Facies(3), 150, 1), DepositionUnit(Facies(3), 150, 0)});
+    auto dom = std::make_unique<Domain>(&k.mc, &k.seed, &k.mb, nullptr, 10., 10., 4, 3, Point2D(), 0., ZREF,
+                                        0u, Facies(8));
+    build_column(dom->getObject(0, 0), 0.,
+                 {DepositionUnit(Facies(2), 200, 1), DepositionUnit(Facies(8), 100, 1)});
+    build_column(dom->getObject(3, 2), 0.,
+                 {DepositionUnit(Facies(1), 100, 1), DepositionUnit(Facies(7), 100, 1)});
+    build_column(dom->getObject(1, 1), 0.,
+                 {DepositionUnit(Facies(3), 150, 1), DepositionUnit(Facies(3), 150, 0)});
     return dom;
 }
 
 // The register's colour, computed from the intensities of the families' table.
 Rgb expected(unsigned char family)
 {
-    static const std::map<int, std::array<double, 3>> table = {
-        {1, {1., 0.5, 0.}}, {2, {1., 1., 0.}}, {3, {0.75, 0.75, 0.55}}, {7, {0.4, 0.8, 0.2}}, {8, {0., 1., 0.}}};
+    static const std::map<int, std::array<double, 3>> table = {{1, {1., 0.5, 0.}},
+                                                               {2, {1., 1., 0.}},
+                                                               {3, {0.75, 0.75, 0.55}},
+                                                               {7, {0.4, 0.8, 0.2}},
+                                                               {8, {0., 1., 0.}}};
     if (family == NONE)
         return {255, 255, 255};
     const auto& c = table.at(family);
@@ -295,12 +299,14 @@ TEST(FaciesImage, SimulatorWritesEveryPreviewThroughItsWriter)
         names.insert(file.first);
         EXPECT_EQ(file.second.rgb.size(), static_cast<size_t>(file.second.width) * file.second.height * 3);
     }
-    const std::string z = [] {
+    const std::string z = []
+    {
         std::ostringstream out;
         out << "slice_" << ZREF + 1. << ".png";
         return out.str();
     }();
-    EXPECT_EQ(names, (std::set<std::string>{"top.png", z, "slice_12.5.png", "section_x.png", "section_y.png"}));
+    EXPECT_EQ(names,
+              (std::set<std::string>{"top.png", z, "slice_12.5.png", "section_x.png", "section_y.png"}));
     // The top and the slice through the deposit show overbank in the map; the slice below shows nothing.
     const int m = FaciesImage::MARGIN;
     EXPECT_EQ(pixel(writer.written["top.png"], m + 1, m + 1), expected(8));
