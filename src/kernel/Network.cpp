@@ -1,4 +1,5 @@
 #include "kernel/Network.h"
+#include "NetworkSupport.h"
 
 #include "interface/iParameters.h"
 #include "interface/iTracer.h"
@@ -14,6 +15,8 @@
 #include <cmath>
 #include <new>
 #include <sstream>
+
+using network_support::delete_chain;
 
 namespace
 {
@@ -44,16 +47,6 @@ ChannelPoint* chain_tail(ChannelPoint* head)
     while (cp != nullptr && cp->next() != nullptr)
         cp = cp->next();
     return cp;
-}
-
-void delete_chain(ChannelPoint* head)
-{
-    while (head != nullptr)
-    {
-        ChannelPoint* next = head->next();
-        delete head;
-        head = next;
-    }
 }
 
 // Deletes the chain's head and gives the new head, unlinked.

@@ -1,6 +1,7 @@
 // How the channel leaves its bed: regional avulsions that trace a new course
 // from an entry point, and local ones that breach a levee.
 
+#include "NetworkSupport.h"
 #include "kernel/Network.h"
 
 #include "interface/iParameters.h"
@@ -15,6 +16,10 @@
 
 #include <cmath>
 #include <sstream>
+
+using network_support::delete_chain;
+using network_support::node_text;
+using network_support::round_index;
 
 namespace
 {
@@ -35,28 +40,6 @@ void trace_info(iTracer* tracer, const std::string& text)
 {
     if (tracing(tracer, TRACE_INFO))
         tracer->info(text);
-}
-
-std::string node_text(int i, int j)
-{
-    std::ostringstream text;
-    text << "[" << i << ", " << j << "]";
-    return text.str();
-}
-
-int round_index(double v)
-{
-    return static_cast<int>(std::lround(v));
-}
-
-void delete_chain(ChannelPoint* head)
-{
-    while (head != nullptr)
-    {
-        ChannelPoint* next = head->next();
-        delete head;
-        head = next;
-    }
 }
 
 int chain_length(const ChannelPoint* head)

@@ -9,26 +9,14 @@
 #include "kernel/Domain.h"
 #include "kernel/Network.h"
 
+#include "NetworkSupport.h"
+
 #include <algorithm>
 #include <cmath>
 #include <sstream>
 
-namespace
-{
-
-std::string node_text(int i, int j)
-{
-    std::ostringstream text;
-    text << "[" << i << ", " << j << "]";
-    return text.str();
-}
-
-int round_index(double v)
-{
-    return static_cast<int>(std::lround(v));
-}
-
-} // namespace
+using network_support::node_text;
+using network_support::round_index;
 
 bool Network::construct_steepest_channel()
 {
