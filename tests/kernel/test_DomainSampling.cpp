@@ -1,5 +1,6 @@
 #include "kernel/Domain.h"
 
+#include "ColumnSupport.h"
 #include "TestSupport.h"
 #include "kernel/Core.h"
 #include "kernel/CoreList.h"
@@ -16,6 +17,8 @@
 #include <memory>
 #include <sstream>
 #include <string>
+
+using testing_support::build_column;
 
 namespace
 {
@@ -52,23 +55,6 @@ struct Kernel
     SeedGenerator seed;
     MassBalance mb;
 };
-
-// Stacks units of (facies, steps of 1 cm, age delta) on a column whose base is at relative zbot.
-void build_column(DepositionSet& ds, double zbot, std::initializer_list<DepositionUnit> units)
-{
-    ds.units().clear();
-    ds.set_zbot(zbot);
-    double top = zbot;
-    uint32_t age = 0;
-    for (const DepositionUnit& unit : units)
-    {
-        ds.units().push_back(unit);
-        top += unit.thickness();
-        age += unit.age_delta();
-    }
-    ds.set_ztop(top);
-    ds.set_age(age);
-}
 
 // Column (0, 0): 2 m of point bar (class 10, age 1) under 1 m of overbank (class 3, age 5),
 // base at relative 0, so geographic 100 to 103. Other columns: empty at relative 0.

@@ -1,5 +1,6 @@
 #include "kernel/FaciesImage.h"
 
+#include "ColumnSupport.h"
 #include "TestSupport.h"
 #include "interface/iParameters.h"
 #include "kernel/Domain.h"
@@ -19,6 +20,8 @@
 #include <set>
 #include <sstream>
 
+using testing_support::build_column;
+
 namespace
 {
 
@@ -37,22 +40,6 @@ struct Kernel
     SeedGenerator seed;
     MassBalance mb;
 };
-
-void build_column(DepositionSet& ds, double zbot, std::initializer_list<DepositionUnit> units)
-{
-    ds.units().clear();
-    ds.set_zbot(zbot);
-    double top = zbot;
-    uint32_t age = 0;
-    for (const DepositionUnit& unit : units)
-    {
-        ds.units().push_back(unit);
-        top += unit.thickness();
-        age += unit.age_delta();
-    }
-    ds.set_ztop(top);
-    ds.set_age(age);
-}
 
 // A 4 x 3 block, base at relative 0 (geographic 100):
 //   (0, 0): 2 m point bar under 1 m overbank (top 103);
