@@ -91,11 +91,21 @@ public:
     double forecast_sand_rate() const;
     double forecast_sand_proportion() const;
     double forecast_isbx() const;
+    // Mean thickness of mud laid in abandoned channels per 10000 iterations over the domain.
+    double forecast_plug_rate() const;
+    // Channel widths the channel migrates between two regional avulsions
+    // (clamped to [MIN_WIDTHS, MAX_WIDTHS]; MAX_WIDTHS without avulsions).
+    double widths_between_avulsions() const;
     // The base each forecast coefficient multiplies (so that a measure
     // divided by its base is the observed coefficient).
     double velocity_perturbation_base() const;
     double migration_base(double mean_velocity_perturbation) const;
     double overbank_base() const;
+    // Channel depth times migration rate over the extent across the flow:
+    // what the channel sands and the abandoned channels are fitted on.
+    double sweep_base() const;
+    // Share of the flood base rate that stays in the deposits.
+    double overbank_factor() const;
     // Extent of the domain across the flow, in metres.
     double transverse_extent() const;
     // The fitted coefficients of the forecasts.
@@ -127,6 +137,9 @@ public:
     static constexpr double MAX_ISBX = 200.;
     static constexpr double MIN_SAND = 0.05;
     static constexpr double MAX_SAND = 0.95;
+    // Range of widths migrated between avulsions the forecasts extrapolate to.
+    static constexpr double MIN_WIDTHS = 0.05;
+    static constexpr double MAX_WIDTHS = 200.;
 
     static std::string _msg;
     static bool _use_standard;

@@ -20,17 +20,25 @@ namespace
 // Coefficients of the forecasts and the tables of typical values by grain
 // size class, fitted on short runs of the simulator itself by
 // bench/calibration/calibrate.py, which rewrites this block.
+// clang-format off
 // -- calibrated constants --
-constexpr double CAL_KVP = 0.534525;
-constexpr double CAL_KMIG = 1.07625;
-constexpr double CAL_KOB = 0.536839;
-constexpr double CAL_KSAND = 0.680576;
-constexpr double CAL_KPB = 0.926598;
-constexpr double CAL_ISBX_A = 34.7327;
-constexpr double CAL_ISBX_B = 0.418696;
-constexpr double CAL_DEFAULT_ISBX[15] = {74.34, 74.34, 74.34, 74.34, 74.34, 74.34, 74.34, 74.34, 74.34, 74.34, 74.34, 74.34, 74.34, 74.34, 74.34};
-constexpr double CAL_DEFAULT_SAND[15] = {0.3872, 0.3872, 0.3872, 0.3872, 0.3872, 0.3872, 0.3872, 0.3872, 0.3872, 0.3872, 0.3872, 0.3872, 0.3872, 0.3872, 0.3872};
+constexpr double CAL_KVP = 0.53493;
+constexpr double CAL_KMIG = 0.986559;
+constexpr double CAL_KMIG_EXP = -0.470009;
+constexpr double CAL_KOB = 0.137253;
+constexpr double CAL_KSAND = 0.563489;
+constexpr double CAL_KPB = 0.905068;
+constexpr double CAL_ISBX_0 = 20.2637;
+constexpr double CAL_ISBX_A = 14.7411;
+constexpr double CAL_ISBX_B = 0.753642;
+constexpr double CAL_SAND_EXP = 0.132054;
+constexpr double CAL_KPLUG = 0.36506;
+constexpr double CAL_PLUG_EXP = -0.467946;
+constexpr double CAL_OB_EXP = 0.132054;
+constexpr double CAL_DEFAULT_ISBX[15] = {70.42, 70.42, 70.42, 70.42, 70.42, 70.42, 70.42, 70.42, 70.42, 70.42, 70.42, 70.42, 70.42, 70.42, 70.42};
+constexpr double CAL_DEFAULT_SAND[15] = {0.4986, 0.4986, 0.4986, 0.4986, 0.4986, 0.4986, 0.4986, 0.4986, 0.4986, 0.4986, 0.4986, 0.4986, 0.4986, 0.4986, 0.4986};
 // -- end calibrated constants --
+// clang-format on
 
 // Resonant wave number for the default scour factor of 7.
 constexpr double BETA_PRIME_DEFAULT = 2.1178482887682417;
@@ -656,6 +664,8 @@ constexpr double OB_RELATIVE_STDEV = 0.3;
 // Bounds of the periods the inference sets, in iterations.
 constexpr double MIN_PERIOD = 10.;
 constexpr double MAX_PERIOD = 1000000.;
+// Gap between the net to gross asked and its forecast worth a warning.
+constexpr double SAND_TOLERANCE = 0.01;
 
 double clamp_to(double value, double lo, double hi)
 {
@@ -730,9 +740,13 @@ double MeanderCalculator::migration_base(double mean_velocity_perturbation) cons
            PER_10000;
 }
 
+// Banks of deeper channels retreat less for the same base (fitted power of
+// the depth relative to the default one).
 double MeanderCalculator::forecast_migration_rate() const
 {
-    return CAL_KMIG * migration_base(forecast_mean_velocity_perturbation());
+    const double depth = _params->getParamDouble("CHNL_MAX_DEPTH") / default_hmax();
+    return CAL_KMIG * std::pow(std::max(depth, MP_EPSILON), CAL_KMIG_EXP) *
+           migration_base(forecast_mean_velocity_perturbation());
 }
 
 // Thickness the floods bring at the channel per 10000 iterations.
@@ -755,20 +769,55 @@ double MeanderCalculator::transverse_extent() const
     return std::fabs(dom.length * std::sin(angle)) + std::fabs(dom.width * std::cos(angle));
 }
 
-// Point bars sweep a channel depth of sand over the area the channel migrates across.
-double MeanderCalculator::forecast_sand_rate() const
+double MeanderCalculator::widths_between_avulsions() const
 {
-    const double extent = transverse_extent();
-    if (extent <= 0.)
-        return 0.;
-    return CAL_KSAND * _params->getParamDouble("CHNL_MAX_DEPTH") * forecast_migration_rate() / extent;
+    const int interval = regional_interval(_params);
+    const double width = _params->getParamDouble("CHNL_WIDTH");
+    if (interval <= 0 || width <= 0.)
+        return MAX_WIDTHS;
+    return clamp_to(interval * forecast_migration_rate() / (PER_10000 * width), MIN_WIDTHS, MAX_WIDTHS);
 }
 
-// Fines of the floods and of the background rain, plus the channel sands.
+double MeanderCalculator::sweep_base() const
+{
+    const double extent = transverse_extent();
+    if (extent <= 0. || _params->getParamDouble("CHNL_WIDTH") <= 0.)
+        return 0.;
+    return _params->getParamDouble("CHNL_MAX_DEPTH") * forecast_migration_rate() / extent;
+}
+
+double MeanderCalculator::overbank_factor() const
+{
+    return CAL_KOB * std::pow(widths_between_avulsions(), CAL_OB_EXP);
+}
+
+// Point bars sweep a channel depth of sand over the area the channel migrates
+// across; a channel that avulses before it has swept a few widths keeps less
+// of it.
+double MeanderCalculator::forecast_sand_rate() const
+{
+    return CAL_KSAND * sweep_base() * std::pow(widths_between_avulsions(), CAL_SAND_EXP);
+}
+
+// Each avulsion leaves a channel section across the domain, which the floods
+// fill with mud: the more often the channel avulses for the distance it
+// migrates, the more mud.
+double MeanderCalculator::forecast_plug_rate() const
+{
+    if (regional_interval(_params) <= 0)
+        return 0.;
+    return CAL_KPLUG * sweep_base() * std::pow(widths_between_avulsions(), CAL_PLUG_EXP);
+}
+
+// Fines of the floods (the more often the channel avulses, the more of the
+// floodplain it recuts), of the abandoned channels they fill and of the
+// background rain, plus the channel sands.
 double MeanderCalculator::forecast_aggradation_rate() const
 {
     const int ag_type = _params->getParamInt("AG_TYPE");
-    const double floods = ag_type == AG_OVERBANK ? CAL_KOB * overbank_base() : overbank_base();
+    double floods = overbank_base();
+    if (ag_type == AG_OVERBANK)
+        floods = overbank_factor() * floods + forecast_plug_rate();
     return floods + _params->getParamDouble("AG_OB_PEL_DRAP_INT") + forecast_sand_rate();
 }
 
@@ -780,16 +829,14 @@ double MeanderCalculator::forecast_sand_proportion() const
     return forecast_sand_rate() / total;
 }
 
-// The sand body of one channel widens with the distance it migrates between
-// two avulsions, counted in channel widths.
+// A channel is born with a belt (the spread of its first course); its sand
+// body widens with the distance it migrates between two avulsions, counted
+// in channel widths.
 double MeanderCalculator::forecast_isbx() const
 {
-    const int interval = regional_interval(_params);
-    const double width = _params->getParamDouble("CHNL_WIDTH");
-    if (interval <= 0 || width <= 0.)
+    if (regional_interval(_params) <= 0 || _params->getParamDouble("CHNL_WIDTH") <= 0.)
         return MAX_ISBX;
-    const double x = interval * forecast_migration_rate() / (PER_10000 * width);
-    return std::min(MAX_ISBX, CAL_ISBX_A * std::pow(std::max(0., x), CAL_ISBX_B));
+    return std::min(MAX_ISBX, CAL_ISBX_0 + CAL_ISBX_A * std::pow(widths_between_avulsions(), CAL_ISBX_B));
 }
 
 // ---- Non-expert inference ----------------------------------------------
@@ -895,7 +942,10 @@ void set_avulsion_periods(iParameters* p, const MeanderCalculator& mc, double is
 {
     const double width = p->getParamDouble("CHNL_WIDTH");
     const double rate = std::max(MP_EPSILON, mc.forecast_migration_rate());
-    const double x = std::pow(isbx / CAL_ISBX_A, 1. / CAL_ISBX_B);
+    // A channel is born with a belt of CAL_ISBX_0: a smaller index needs the
+    // shortest interval.
+    const double x = isbx > CAL_ISBX_0 ? std::pow((isbx - CAL_ISBX_0) / CAL_ISBX_A, 1. / CAL_ISBX_B)
+                                       : MeanderCalculator::MIN_WIDTHS;
     const double regional = x * PER_10000 * width / rate;
     const double ratio = static_cast<double>(p->getParamDefInt("AV_LOC_PERIOD")) /
                          std::max(1, p->getParamDefInt("AV_REG_PERIOD"));
@@ -903,10 +953,12 @@ void set_avulsion_periods(iParameters* p, const MeanderCalculator& mc, double is
     set_period(p, "AV_LOC", regional * ratio);
 }
 
-// Fines needed beside the forecast channel sands for the net to gross asked.
-double fines_needed(const MeanderCalculator& mc, double sand)
+// Fines the floods must lay on the floodplain, beside the forecast channel
+// sands and the mud of the abandoned channels, for the net to gross asked.
+double fines_needed(const MeanderCalculator& mc, iParameters const* p, double sand)
 {
-    return mc.forecast_sand_rate() * (1. - sand) / sand;
+    return mc.forecast_sand_rate() * (1. - sand) / sand - mc.forecast_plug_rate() -
+           p->getParamDouble("AG_OB_PEL_DRAP_INT");
 }
 
 int shortest_avulsion_interval(iParameters const* p)
@@ -928,7 +980,10 @@ void set_overbank_intensity(iParameters* p, const MeanderCalculator& mc, double 
 {
     const int period =
         std::max(1, std::min(p->getParamDefInt("AG_OB_PERIOD"), shortest_avulsion_interval(p)));
-    const double intensity = fines_needed(mc, sand) * period / (PER_10000 * CAL_KOB);
+    // When the abandoned channels alone bring more mud than asked, the floods
+    // lay none: this is the closest the inference gets.
+    const double intensity =
+        std::max(0., fines_needed(mc, p, sand)) * period / (PER_10000 * mc.overbank_factor());
     p->setParamInt("AG_OB_FREQ", PROCESS_POISSON);
     p->setParamInt("AG_OB_PERIOD", period);
     p->setParamInt("AG_OB_POISSON", period);
@@ -943,10 +998,23 @@ void set_overbank_intensity(iParameters* p, const MeanderCalculator& mc, double 
 // The flood period that brings the fines needed with the intensity in force.
 void set_overbank_period(iParameters* p, const MeanderCalculator& mc, double sand)
 {
-    const double fines = fines_needed(mc, sand) - p->getParamDouble("AG_OB_PEL_DRAP_INT");
+    const double fines = fines_needed(mc, p, sand);
     const double intensity = mean_overbank_intensity(p);
-    const double period = fines > 0. ? CAL_KOB * intensity * PER_10000 / fines : MAX_PERIOD;
+    const double period = fines > 0. ? mc.overbank_factor() * intensity * PER_10000 / fines : MAX_PERIOD;
     set_period(p, "AG_OB", period);
+}
+
+// A channel that avulses before it has swept a width leaves mostly mud-filled
+// channels behind: a high net to gross cannot go with a low index.
+void warn_if_out_of_reach(iTracer* tracer, const MeanderCalculator& mc, double sand)
+{
+    const double forecast = mc.forecast_sand_proportion();
+    if (tracer == nullptr || std::fabs(forecast - sand) < SAND_TOLERANCE ||
+        !tracer->traceLevel(TRACE_WARNING))
+        return;
+    tracer->warning("Net to gross of " + text(100. * sand) +
+                    " % out of reach with this sand bodies extension index: forecast " +
+                    text(std::round(1000. * forecast) / 10.) + " %");
 }
 } // namespace
 
@@ -963,6 +1031,7 @@ bool MeanderCalculator::apply_nexus(iParameters* parameters, iTracer* tracer,
     set_event_defaults(parameters);
     set_avulsion_periods(parameters, mc, in.isbx);
     set_overbank_intensity(parameters, mc, in.sand);
+    warn_if_out_of_reach(tracer, mc, in.sand);
     message.clear();
     return true;
 }
@@ -978,6 +1047,7 @@ bool MeanderCalculator::apply_neqsus(iParameters* parameters, iTracer* tracer,
         set_grid(parameters, mc);
     set_avulsion_periods(parameters, mc, in.isbx);
     set_overbank_period(parameters, mc, in.sand);
+    warn_if_out_of_reach(tracer, mc, in.sand);
     message.clear();
     return true;
 }
