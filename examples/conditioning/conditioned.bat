@@ -26,8 +26,9 @@ DOMAIN_NX = 120
 DOMAIN_NY = 90
 DOMAIN_DX = 10
 DOMAIN_DY = 10
-# Wells steer the banks within 4 channel widths and attract new courses.
-COND_MIG_WELLS_FACTOR = 4
+# Wells steer the banks within 7 channel widths, beyond the levees (6 widths)
+# so that a levee in a log still attracts the channel, and attract new courses.
+COND_MIG_WELLS_FACTOR = 7
 COND_AV_WELLS = 1
 # Thin non-sand gaps between sands and thin fills under fills need not be
 # reproduced (closure of 0.3 m).

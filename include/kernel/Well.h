@@ -160,6 +160,8 @@ private:
     void prev_ab();
     void update_ab_limits();
     void avoid_scour(double zt, double wd);
+    // A unit of this facies and thickness may stand where the log asks for `asked`.
+    bool agrees(const Facies& facies, double thickness, const Facies& asked) const;
     bool column_agrees(const DepositionSet* column, double z1, double z2) const;
     // Raises the level towards z through the bricks the column agrees with; true when it rose.
     bool climb_while_agreeing(const DepositionSet* column, double z);

@@ -54,6 +54,12 @@ bool is_channel_fill(const Facies& f)
     return f.is_erodable();
 }
 
+// Channel lag, point bar and sand plug: the sands of one channel body.
+bool is_sandy_fill(const Facies& f)
+{
+    return f.family() >= 1 && f.family() <= 3;
+}
+
 std::string text_of(double value)
 {
     std::ostringstream s;
@@ -704,8 +710,7 @@ bool Well::column_agrees(const DepositionSet* column, double z1, double z2) cons
         {
             if (brick_bottom(k) >= hi - MP_EPSILON)
                 break;
-            const Facies n = nature(k);
-            if (!n.is_neutral() && !u->facies().is_neutral() && u->facies() != n)
+            if (!agrees(u->facies(), u->thickness(), nature(k)))
                 return false;
         }
         top = bottom;
@@ -713,6 +718,15 @@ bool Well::column_agrees(const DepositionSet* column, double z1, double z2) cons
     // Below the units lies the basement. A thin slice of it under the log is
     // the scour the channel did not reach this time, and agrees like a neutral deposit.
     return top <= z1 + MP_EPSILON + BASEMENT_SLACK * _config.channelDepth;
+}
+
+bool Well::agrees(const Facies& facies, double thickness, const Facies& asked) const
+{
+    if (facies.is_neutral() || asked.is_neutral() || facies == asked)
+        return true;
+    // A lag or a sliver of bar thinner than the closure inside the sands of a
+    // channel body is the base of the next bar, as a log could not tell apart.
+    return _config.closure > 0. && thickness < _config.closure && is_sandy_fill(facies) && is_sandy_fill(asked);
 }
 
 void Well::avoid_scour(double zt, double wd)
@@ -800,6 +814,7 @@ void Well::deposit_from_level(const Facies& facies, double zt)
         set_al(zt);
         return trace_case(inside ? "H1" : "H2", zt);
     }
+    const double thickness = zt - _al;
     while (!is_finished() && zt > _al + MP_EPSILON)
     {
         const Facies nat = ab_nature();
@@ -809,7 +824,7 @@ void Well::deposit_from_level(const Facies& facies, double zt)
             trace_case("H3", zt);
             continue;
         }
-        if (facies != nat)
+        if (!agrees(facies, thickness, nat))
             return trace_case(_wet ? "B2" : "B1", zt);
         if (zt < _topab + MP_EPSILON)
         {
@@ -819,8 +834,7 @@ void Well::deposit_from_level(const Facies& facies, double zt)
         set_al(_topab);
         if (is_finished())
             return trace_case("A2a", zt);
-        const Facies next = ab_nature();
-        if (next != facies && !next.is_neutral())
+        if (!agrees(facies, thickness, ab_nature()))
             return trace_case("A2b", zt);
         trace_case("A2a", zt);
     }

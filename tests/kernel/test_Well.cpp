@@ -440,6 +440,31 @@ TEST_F(WellTest, NatureJoinsThinChannelFillUpward)
     EXPECT_EQ(w.nature(3).family(), CL);
 }
 
+TEST_F(WellTest, ThinLagInsideABarAgreesOnlyUnderClosure)
+{
+    // A new bar's lag cutting into the bar the log asks for.
+    Well strict(&params, &tracer);
+    build(strict);
+    EXPECT_EQ(dep(strict, CL, 0., 0.1), "B1");
+    EXPECT_DOUBLE_EQ(strict.active_level(), 0.);
+
+    config.closure = 0.3;
+    Well w(&params, &tracer);
+    build(w, "W2");
+    EXPECT_EQ(dep(w, CL, 0., 0.1), "A1");
+    EXPECT_DOUBLE_EQ(w.active_level(), 0.1);
+    // Thicker than the closure, it is a contradiction again.
+    EXPECT_EQ(dep(w, CL, 0.1, 0.6), "B1");
+    EXPECT_DOUBLE_EQ(w.active_level(), 0.1);
+    // A thin fine bed is no lag: the tolerance is for sands of a channel body only.
+    EXPECT_EQ(dep(w, OB, 0.1, 0.2), "B1");
+    // The column under a deposit above the level is judged the same way.
+    w.set_al(0.);
+    DepositionSet lag = column_of(CL, 0.1, PB, 0.9);
+    EXPECT_EQ(dep(w, PB, 1., 1.5, 0., &lag), "A3|A1");
+    EXPECT_DOUBLE_EQ(w.active_level(), 1.5);
+}
+
 TEST_F(WellTest, LoadBuildsBricksFromALog)
 {
     GridParams grid(10., 10., 40, 30);
