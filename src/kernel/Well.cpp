@@ -726,7 +726,8 @@ bool Well::agrees(const Facies& facies, double thickness, const Facies& asked) c
         return true;
     // A lag or a sliver of bar thinner than the closure inside the sands of a
     // channel body is the base of the next bar, as a log could not tell apart.
-    return _config.closure > 0. && thickness < _config.closure && is_sandy_fill(facies) && is_sandy_fill(asked);
+    return _config.closure > 0. && thickness < _config.closure && is_sandy_fill(facies) &&
+           is_sandy_fill(asked);
 }
 
 void Well::avoid_scour(double zt, double wd)
