@@ -32,6 +32,8 @@ constexpr double ISBX_SCALE = 10.;
 constexpr int NB_FAMILIES = 14;
 constexpr unsigned char FAMILY_POINT_BAR = 2;
 constexpr unsigned char LAST_SAND_FAMILY = 4;
+constexpr unsigned char FAMILY_MUD_PLUG = 9;
+constexpr unsigned char FAMILY_HEMIPELAGIC_PLUG = 10;
 
 double undefined()
 {
@@ -435,6 +437,10 @@ std::string Simulator::statsLine(bool header)
     const double aggradation = getAggradationRate();
     const double sand = total > 0. ? sand_thickness(families) / total : undefined();
     const double sand_rate = age > 0 ? sand_thickness(families) * PER_10000 / age : undefined();
+    // The floods' share of the fines: the abandoned channels' plugs are forecast apart.
+    const double plug_rate =
+        age > 0 ? (families[FAMILY_MUD_PLUG] + families[FAMILY_HEMIPELAGIC_PLUG]) * PER_10000 / age
+                : undefined();
     const double mean_vp = getMeanVelocityPerturbation();
     const double migration = getMigrationRate();
     double lo = undefined();
@@ -459,10 +465,10 @@ std::string Simulator::statsLine(bool header)
          << mc.forecast_aggradation_rate()
          << measure([](Channel* c) { return c->compute_real_sinuosity_allen(); }) << mc.default_sinuo(false)
          << ratio(is_defined(aggradation) && is_defined(sand_rate)
-                      ? aggradation - sand_rate - getDouble("AG_OB_PEL_DRAP_INT")
+                      ? aggradation - sand_rate - plug_rate - getDouble("AG_OB_PEL_DRAP_INT")
                       : undefined(),
                   mc.overbank_base())
-         << MeanderCalculator::kob_fitted() << ratio(migration, mc.migration_base(mean_vp))
+         << mc.overbank_factor() << ratio(migration, mc.migration_base(mean_vp))
          << MeanderCalculator::kmig_fitted() << ratio(mean_vp, mc.velocity_perturbation_base())
          << MeanderCalculator::kvp_fitted() << _network->channel_current_max_depth()
          << getDouble("CHNL_MAX_DEPTH") << wavelength << getDouble("CHNL_WAVELENGTH")
