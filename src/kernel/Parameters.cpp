@@ -4,6 +4,7 @@
 #include "kernel/Constants.h"
 #include "kernel/InDataFile.h"
 #include "kernel/OutDataFile.h"
+#include "kernel/SeedGenerator.h"
 
 #include <algorithm>
 #include <climits>
@@ -425,7 +426,8 @@ void Parameters::resetGeometry(bool turbiditic)
 
 void Parameters::resetCommon()
 {
-    resetInt("SIM_SEED", 165426111, 1, ANY_MAX);
+    // The congruence stays at 0 forever from a seed equal to its modulus.
+    resetInt("SIM_SEED", 165426111, 1, SeedGenerator::_modulus - 1);
     resetDouble("DOMAIN_SLOPE", 0.001, 0.0001, 0.1);
     resetDouble("CHNL_WIDTH", 30., 5., 500.);
     resetDouble("CHNL_MAX_DEPTH", 3., 0.5, 15.);
