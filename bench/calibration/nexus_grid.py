@@ -144,15 +144,24 @@ def markdown(rows, iterations, seconds, sarvo):
     nb_ordered = sum(1 for v in verdicts if v[2])
     # Requests the inference itself forecasts it cannot reach (it warns about them).
     reachable = [e for r, e in zip(rows, errors) if abs(r["forecast_ntg"] - 100.0 * r["sand"]) < 1.0]
+    # Requests whose index the inference raised to reach the net to gross (it warns about them too).
+    raised = [r for r in rows if r["forecast_isbx"] > 1.02 * r["isbx_asked"]]
     out += ["", "## Summary", "",
             "- NTG error: max %.1f pp, mean %.1f pp; %d of %d requests within %g pp of the request." % (
-                max(errors), sum(errors) / len(errors), within, len(rows), NTG_TARGET),
-            "- %d requests are out of reach by the inference's own forecast (it warns \"Net to gross of ... out "
-            "of reach ...\" and lays no floods); over the %d others: NTG error max %.1f pp, mean %.1f pp, %d "
-            "within %g pp." % (len(rows) - len(reachable), len(reachable), max(reachable),
-                               sum(reachable) / len(reachable), sum(1 for e in reachable if e <= NTG_TARGET),
-                               NTG_TARGET),
-            "- ISBX ordered low < medium < high for %d of %d (depth, NTG) pairs." % (nb_ordered, len(verdicts))]
+                max(errors), sum(errors) / len(errors), within, len(rows), NTG_TARGET)]
+    if raised:
+        out.append("- %d requests ask for more sand than the abandoned channels of the index asked leave room for: "
+                   "the inference raised their index to the smallest that can give it (it warns \"Sand bodies "
+                   "extension index raised from ...\"): %s." % (len(raised), "; ".join(
+                       "depth %g m, NTG %g, ISBX %g to %.0f" % (r["depth"], r["sand"], r["isbx_asked"],
+                                                                r["forecast_isbx"]) for r in raised)))
+    if len(reachable) < len(rows):
+        out.append("- %d requests are out of reach by the inference's own forecast (it warns \"Net to gross of ... "
+                   "out of reach ...\" and lays no floods); over the %d others: NTG error max %.1f pp, mean %.1f "
+                   "pp, %d within %g pp." % (len(rows) - len(reachable), len(reachable), max(reachable),
+                                             sum(reachable) / len(reachable),
+                                             sum(1 for e in reachable if e <= NTG_TARGET), NTG_TARGET))
+    out.append("- ISBX ordered low < medium < high for %d of %d (depth, NTG) pairs." % (nb_ordered, len(verdicts)))
     for depth, sand, ok, series in verdicts:
         if not ok:
             out.append("  - not ordered at depth %g m, NTG %g: %s" % (

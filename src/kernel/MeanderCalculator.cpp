@@ -666,6 +666,8 @@ constexpr double MIN_PERIOD = 10.;
 constexpr double MAX_PERIOD = 1000000.;
 // Gap between the net to gross asked and its forecast worth a warning.
 constexpr double SAND_TOLERANCE = 0.01;
+// Precision of the search of the smallest index that delivers a net to gross.
+constexpr double ISBX_SEARCH_STEP = 0.1;
 
 double clamp_to(double value, double lo, double hi)
 {
@@ -1016,6 +1018,35 @@ void warn_if_out_of_reach(iTracer* tracer, const MeanderCalculator& mc, double s
                     " % out of reach with this sand bodies extension index: forecast " +
                     text(std::round(1000. * forecast) / 10.) + " %");
 }
+
+// The net to gross is what a reservoir is judged by, the index only a shape:
+// when the abandoned channels alone would bring more mud than the net to gross
+// allows, the avulsions are spaced out to the smallest index that can deliver
+// it. Returns the index in force.
+double isbx_for_sand(iParameters* p, iTracer* tracer, const MeanderCalculator& mc, double isbx, double sand)
+{
+    set_avulsion_periods(p, mc, isbx);
+    if (fines_needed(mc, p, sand) >= 0.)
+        return isbx;
+    set_avulsion_periods(p, mc, MeanderCalculator::MAX_ISBX);
+    if (fines_needed(mc, p, sand) < 0.)
+        return MeanderCalculator::MAX_ISBX;
+    double lo = isbx;
+    double hi = MeanderCalculator::MAX_ISBX;
+    while (hi - lo > ISBX_SEARCH_STEP)
+    {
+        const double mid = 0.5 * (lo + hi);
+        set_avulsion_periods(p, mc, mid);
+        (fines_needed(mc, p, sand) >= 0. ? hi : lo) = mid;
+    }
+    set_avulsion_periods(p, mc, hi);
+    if (tracer != nullptr && tracer->traceLevel(TRACE_WARNING))
+        tracer->warning("Sand bodies extension index raised from " + text(isbx) + " to " +
+                        text(std::round(hi)) +
+                        ": below it the abandoned channels bring more mud than a net to gross of " +
+                        text(100. * sand) + " % allows");
+    return hi;
+}
 } // namespace
 
 bool MeanderCalculator::apply_nexus(iParameters* parameters, iTracer* tracer,
@@ -1029,7 +1060,7 @@ bool MeanderCalculator::apply_nexus(iParameters* parameters, iTracer* tracer,
     if (adaptGrid)
         set_grid(parameters, mc);
     set_event_defaults(parameters);
-    set_avulsion_periods(parameters, mc, in.isbx);
+    isbx_for_sand(parameters, tracer, mc, in.isbx, in.sand);
     set_overbank_intensity(parameters, mc, in.sand);
     warn_if_out_of_reach(tracer, mc, in.sand);
     message.clear();
@@ -1045,7 +1076,7 @@ bool MeanderCalculator::apply_neqsus(iParameters* parameters, iTracer* tracer,
     const MeanderCalculator mc(parameters, tracer);
     if (adaptGrid)
         set_grid(parameters, mc);
-    set_avulsion_periods(parameters, mc, in.isbx);
+    isbx_for_sand(parameters, tracer, mc, in.isbx, in.sand);
     set_overbank_period(parameters, mc, in.sand);
     warn_if_out_of_reach(tracer, mc, in.sand);
     message.clear();
