@@ -238,28 +238,48 @@ def widths(regional, migration, width):
     return min(MAX_WIDTHS, max(MIN_WIDTHS, regional * migration / (10000.0 * width)))
 
 
-def fines_over_sand(c, x, r):
+def depth_factor(c, depth):
+    """The fines per sand of a channel of this depth, relative to the default depth."""
+    return (depth / DEFAULT_DEPTH) ** c.get("FINES_DEPTH_EXP", 0.0)
+
+
+def fines_over_sand(c, x, r, depth):
     """Fines laid per thickness of channel sand, r being the flood base over the sand base."""
-    return (c["KPLUG"] * x ** c["PLUG_EXP"] + c["KOB"] * r * x ** c["OB_EXP"]) / (c["KSAND"] * x ** c["SAND_EXP"])
+    return depth_factor(c, depth) * (c["KPLUG"] * x ** c["PLUG_EXP"] + c["KOB"] * r * x ** c["OB_EXP"]) / (
+        c["KSAND"] * x ** c["SAND_EXP"])
 
 
 def fit_fines(results):
-    """q = alpha x^p + beta r x^s, q the fines over the sands, least squares on the net to gross.
+    """q = (H / H0)^e (alpha x^p + beta r x^s), q the fines over the sands and H
+    the depth, least squares on the net to gross.
 
-    For each pair of exponents on a grid, alpha and beta come from linear
-    least squares on q weighted by NTG^4 (dNTG = -NTG^2 dq); the pair kept
-    is the one with the smallest squared error on the net to gross itself.
+    For each triple of exponents on a grid, alpha and beta come from linear
+    least squares on q (H / H0)^-e weighted by NTG^4 (H / H0)^2e (dNTG =
+    -NTG^2 dq); the triple kept is the one with the smallest squared error on
+    the net to gross itself.
     """
-    data = [(r["x"], r["r_base"], 1.0 / r["ntg"] - 1.0, r["ntg"]) for r in results
-            if 0.0 < r["ntg"] < 1.0 and math.isfinite(r["r_base"])]
+    best = None
+    for k in range(-20, 21):
+        e = k * 0.05
+        fit = fit_fines_at_depth_exponent(results, e)
+        if fit is not None and (best is None or fit[0] < best[0]):
+            best = fit
+    if best is None:
+        sys.exit("no positive fit of the fines")
+    return best[1:]
+
+
+def fit_fines_at_depth_exponent(results, e):
+    data = [(r["x"], r["r_base"], (1.0 / r["ntg"] - 1.0) / (r["depth"] / DEFAULT_DEPTH) ** e, r["ntg"],
+             (r["depth"] / DEFAULT_DEPTH) ** e) for r in results if 0.0 < r["ntg"] < 1.0 and math.isfinite(r["r_base"])]
     best = None
     for i in range(-60, 21):
         p = i * 0.05
         for j in range(-60, 21):
             s = j * 0.05
-            u = [x ** p for x, _, _, _ in data]
-            v = [rb * x ** s for x, rb, _, _ in data]
-            w = [n ** 4 for _, _, _, n in data]
+            u = [x ** p for x, _, _, _, _ in data]
+            v = [rb * x ** s for x, rb, _, _, _ in data]
+            w = [(n ** 2 * f) ** 2 for _, _, _, n, f in data]
             suu = sum(wi * a * a for wi, a in zip(w, u))
             svv = sum(wi * b * b for wi, b in zip(w, v))
             suv = sum(wi * a * b for wi, a, b in zip(w, u, v))
@@ -273,12 +293,10 @@ def fit_fines(results):
             # Both the abandoned channels and the floods bring fines.
             if alpha <= 0 or beta <= 0:
                 continue
-            sse = sum((d[3] - 1.0 / (1.0 + alpha * a + beta * b)) ** 2 for d, a, b in zip(data, u, v))
+            sse = sum((d[3] - 1.0 / (1.0 + d[4] * (alpha * a + beta * b))) ** 2 for d, a, b in zip(data, u, v))
             if best is None or sse < best[0]:
-                best = (sse, alpha, p, beta, s)
-    if best is None:
-        sys.exit("no positive fit of the fines")
-    return best[1:]
+                best = (sse, alpha, p, beta, s, e)
+    return best
 
 
 def isbx_of(c, x):
@@ -337,14 +355,14 @@ def fit(results, default_channel):
     # Fines: the mud the abandoned channels trap, and the floods on the
     # floodplain, both as powers of the widths migrated between avulsions
     # (the more often the channel avulses, the more it recuts the floodplain).
-    alpha, p, beta, s = fit_fines(results)
+    alpha, p, beta, s, c["FINES_DEPTH_EXP"] = fit_fines(results)
     c["KPLUG"] = alpha * c["KSAND"]
     c["PLUG_EXP"] = p + c["SAND_EXP"]
     c["KOB"] = beta * c["KSAND"]
     c["OB_EXP"] = s + c["SAND_EXP"]
     c["ISBX_0"], c["ISBX_A"], c["ISBX_B"] = fit_isbx(results)
     for r in results:
-        r["forecast_ntg"] = 1.0 / (1.0 + fines_over_sand(c, r["x"], r["r_base"]))
+        r["forecast_ntg"] = 1.0 / (1.0 + fines_over_sand(c, r["x"], r["r_base"], r["depth"]))
         r["forecast_isbx"] = isbx_of(c, r["x"])
     # The typical values are the forecasts of the default system (3 m deep,
     # floods of 0.1 m every 70 iterations, regional avulsions every 500), so
@@ -356,7 +374,7 @@ def fit(results, default_channel):
     x = widths(DEFAULT_REGIONAL, migration, d["width"])
     r_base = (DEFAULT_INTENSITY * 10000.0 / OB_PERIOD) / (DEFAULT_DEPTH * migration / d["extent"])
     c["DEFAULT_ISBX"] = min(MAX_ISBX, max(1.0, isbx_of(c, x)))
-    c["DEFAULT_SAND"] = min(0.95, max(0.05, 1.0 / (1.0 + fines_over_sand(c, x, r_base))))
+    c["DEFAULT_SAND"] = min(0.95, max(0.05, 1.0 / (1.0 + fines_over_sand(c, x, r_base, DEFAULT_DEPTH))))
     return c
 
 
@@ -365,7 +383,7 @@ def block_text(c):
     sand = ", ".join("%.4g" % c["DEFAULT_SAND"] for _ in range(NB_CLASSES))
     lines = [BEGIN]
     for name in ("KVP", "KMIG", "KMIG_EXP", "KOB", "KSAND", "KPB", "ISBX_0", "ISBX_A", "ISBX_B", "SAND_EXP", "KPLUG",
-                 "PLUG_EXP", "OB_EXP"):
+                 "PLUG_EXP", "OB_EXP", "FINES_DEPTH_EXP"):
         lines.append("constexpr double CAL_%s = %.6g;" % (name, c[name]))
     lines.append("constexpr double CAL_DEFAULT_ISBX[15] = {%s};" % isbx)
     lines.append("constexpr double CAL_DEFAULT_SAND[15] = {%s};" % sand)

@@ -106,6 +106,8 @@ public:
     double sweep_base() const;
     // Share of the flood base rate that stays in the deposits.
     double overbank_factor() const;
+    // (depth / default depth)^Ed: the fines per sand of a channel of this depth.
+    double fines_depth_factor() const;
     // Extent of the domain across the flow, in metres.
     double transverse_extent() const;
     // The fitted coefficients of the forecasts.

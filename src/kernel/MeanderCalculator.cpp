@@ -25,18 +25,19 @@ namespace
 constexpr double CAL_KVP = 0.53493;
 constexpr double CAL_KMIG = 0.986559;
 constexpr double CAL_KMIG_EXP = -0.470009;
-constexpr double CAL_KOB = 0.137253;
+constexpr double CAL_KOB = 0.127146;
 constexpr double CAL_KSAND = 0.563489;
 constexpr double CAL_KPB = 0.905068;
 constexpr double CAL_ISBX_0 = 20.2637;
 constexpr double CAL_ISBX_A = 14.7411;
 constexpr double CAL_ISBX_B = 0.753642;
 constexpr double CAL_SAND_EXP = 0.132054;
-constexpr double CAL_KPLUG = 0.36506;
-constexpr double CAL_PLUG_EXP = -0.467946;
+constexpr double CAL_KPLUG = 0.343027;
+constexpr double CAL_PLUG_EXP = -0.417946;
 constexpr double CAL_OB_EXP = 0.132054;
+constexpr double CAL_FINES_DEPTH_EXP = 0.2;
 constexpr double CAL_DEFAULT_ISBX[15] = {70.42, 70.42, 70.42, 70.42, 70.42, 70.42, 70.42, 70.42, 70.42, 70.42, 70.42, 70.42, 70.42, 70.42, 70.42};
-constexpr double CAL_DEFAULT_SAND[15] = {0.4986, 0.4986, 0.4986, 0.4986, 0.4986, 0.4986, 0.4986, 0.4986, 0.4986, 0.4986, 0.4986, 0.4986, 0.4986, 0.4986, 0.4986};
+constexpr double CAL_DEFAULT_SAND[15] = {0.5117, 0.5117, 0.5117, 0.5117, 0.5117, 0.5117, 0.5117, 0.5117, 0.5117, 0.5117, 0.5117, 0.5117, 0.5117, 0.5117, 0.5117};
 // -- end calibrated constants --
 // clang-format on
 
@@ -790,7 +791,15 @@ double MeanderCalculator::sweep_base() const
 
 double MeanderCalculator::overbank_factor() const
 {
-    return CAL_KOB * std::pow(widths_between_avulsions(), CAL_OB_EXP);
+    return CAL_KOB * std::pow(widths_between_avulsions(), CAL_OB_EXP) * fines_depth_factor();
+}
+
+// Deeper channels keep more fines for the sand they lay (fitted power of the
+// depth relative to the default one).
+double MeanderCalculator::fines_depth_factor() const
+{
+    const double depth = _params->getParamDouble("CHNL_MAX_DEPTH") / default_hmax();
+    return std::pow(std::max(depth, MP_EPSILON), CAL_FINES_DEPTH_EXP);
 }
 
 // Point bars sweep a channel depth of sand over the area the channel migrates
@@ -808,7 +817,8 @@ double MeanderCalculator::forecast_plug_rate() const
 {
     if (regional_interval(_params) <= 0)
         return 0.;
-    return CAL_KPLUG * sweep_base() * std::pow(widths_between_avulsions(), CAL_PLUG_EXP);
+    return CAL_KPLUG * sweep_base() * std::pow(widths_between_avulsions(), CAL_PLUG_EXP) *
+           fines_depth_factor();
 }
 
 // Fines of the floods (the more often the channel avulses, the more of the
