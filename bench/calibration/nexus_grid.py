@@ -150,9 +150,8 @@ def markdown(rows, iterations, seconds, sarvo):
             "- NTG error: max %.1f pp, mean %.1f pp; %d of %d requests within %g pp of the request." % (
                 max(errors), sum(errors) / len(errors), within, len(rows), NTG_TARGET)]
     if raised:
-        out.append("- %d requests ask for more sand than the abandoned channels of the index asked leave room for "
-                   "(or come close to it): "
-                   "the inference raised their index above the smallest that can give it (it warns \"Sand bodies "
+        out.append("- %d requests ask for more sand than the abandoned channels of the index asked leave room for: "
+                   "the inference raised their index to the smallest that can give it (it warns \"Sand bodies "
                    "extension index raised from ...\"): %s." % (len(raised), "; ".join(
                        "depth %g m, NTG %g, ISBX %g to %.0f" % (r["depth"], r["sand"], r["isbx_asked"],
                                                                 r["forecast_isbx"]) for r in raised)))

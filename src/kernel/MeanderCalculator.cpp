@@ -1029,17 +1029,19 @@ void warn_if_out_of_reach(iTracer* tracer, const MeanderCalculator& mc, double s
                     text(std::round(1000. * forecast) / 10.) + " %");
 }
 
-// Smallest index whose abandoned channels leave room for the net to gross
-// asked: 0 when every index does, MAX_ISBX when none does.
-double smallest_isbx_for_sand(iParameters* p, const MeanderCalculator& mc, double sand)
+// The net to gross is what a reservoir is judged by, the index only a shape:
+// when the abandoned channels alone would bring more mud than the net to gross
+// allows, the avulsions are spaced out to the smallest index that can deliver
+// it. Returns the index in force.
+double isbx_for_sand(iParameters* p, iTracer* tracer, const MeanderCalculator& mc, double isbx, double sand)
 {
-    set_avulsion_periods(p, mc, MeanderCalculator::MIN_ISBX);
+    set_avulsion_periods(p, mc, isbx);
     if (fines_needed(mc, p, sand) >= 0.)
-        return 0.;
+        return isbx;
     set_avulsion_periods(p, mc, MeanderCalculator::MAX_ISBX);
     if (fines_needed(mc, p, sand) < 0.)
         return MeanderCalculator::MAX_ISBX;
-    double lo = MeanderCalculator::MIN_ISBX;
+    double lo = isbx;
     double hi = MeanderCalculator::MAX_ISBX;
     while (hi - lo > ISBX_SEARCH_STEP)
     {
@@ -1047,26 +1049,13 @@ double smallest_isbx_for_sand(iParameters* p, const MeanderCalculator& mc, doubl
         set_avulsion_periods(p, mc, mid);
         (fines_needed(mc, p, sand) >= 0. ? hi : lo) = mid;
     }
-    return hi;
-}
-
-// The net to gross is what a reservoir is judged by, the index only a shape:
-// each avulsion leaves a mud-filled channel, so below some index the net to
-// gross asked cannot be had. The index in force then stays above that floor,
-// as sqrt(asked^2 + floor^2): always enough for the sand, close to the index
-// asked well above the floor, and still ordered as the indices asked, so that
-// "low", "medium" and "high" keep their meaning. Returns the index in force.
-double isbx_for_sand(iParameters* p, iTracer* tracer, const MeanderCalculator& mc, double isbx, double sand)
-{
-    const double floor = smallest_isbx_for_sand(p, mc, sand);
-    const double index = std::min(MeanderCalculator::MAX_ISBX, std::hypot(isbx, floor));
-    set_avulsion_periods(p, mc, index);
-    if (std::round(index) > std::round(isbx) && tracer != nullptr && tracer->traceLevel(TRACE_WARNING))
+    set_avulsion_periods(p, mc, hi);
+    if (tracer != nullptr && tracer->traceLevel(TRACE_WARNING))
         tracer->warning("Sand bodies extension index raised from " + text(isbx) + " to " +
-                        text(std::round(index)) + ": below " + text(std::round(floor)) +
-                        " the abandoned channels bring more mud than a net to gross of " + text(100. * sand) +
-                        " % allows");
-    return index;
+                        text(std::round(hi)) +
+                        ": below it the abandoned channels bring more mud than a net to gross of " +
+                        text(100. * sand) + " % allows");
+    return hi;
 }
 } // namespace
 

@@ -52,8 +52,11 @@ TEST(NexusInversion, ForecastsOfTheChosenParametersGiveBackTheRequest)
                 const double intensity = r.params.getParamDouble("AG_OB_NORM_MEAN");
                 EXPECT_GE(intensity, 0.);
                 if (chosen > 1.02 * isbx)
-                    // Raised for the net to gross: reached, with what floods are left.
+                {
+                    // Raised just enough for the net to gross: the plugs alone bring the fines.
                     EXPECT_NEAR(r.mc.forecast_sand_proportion(), sand, 5e-3);
+                    EXPECT_LT(intensity, 1e-3);
+                }
                 else if (intensity > 0.)
                     EXPECT_NEAR(r.mc.forecast_sand_proportion(), sand, 2e-3);
                 else
@@ -73,25 +76,16 @@ TEST(NexusInversion, AHighNetToGrossRaisesALowIndexAndSaysSo)
         << g_warnings;
     const double raised = r.mc.forecast_isbx();
     EXPECT_GT(raised, 40.);
-    EXPECT_LT(raised, 100.);
-    // Raised indices keep the order of the indices asked.
-    double previous = raised;
-    for (double isbx : {60., 80., 150.})
-    {
-        Registry next;
-        ASSERT_TRUE(next.nexus(2., isbx, 0.8));
-        EXPECT_GT(next.mc.forecast_isbx(), previous + 5.) << isbx;
-        previous = next.mc.forecast_isbx();
-    }
+    EXPECT_LT(raised, 80.);
     // Neqsus spaces the avulsions out the same way.
     Registry q;
     std::string message;
     ASSERT_TRUE(MeanderCalculator::apply_neqsus(&q.params, &q.tracer, {2., 30., 0.8}, true, message));
     EXPECT_GT(q.mc.forecast_isbx(), 40.);
-    // A net to gross the plugs allow at any index leaves the index asked alone.
+    // A net to gross the plugs allow leaves the index asked alone.
     g_warnings.clear();
     Registry low;
-    ASSERT_TRUE(low.nexus(2., 30., 0.2));
+    ASSERT_TRUE(low.nexus(2., 30., 0.4));
     EXPECT_EQ(g_warnings.find("raised"), std::string::npos);
     EXPECT_NEAR(low.mc.forecast_isbx(), 30., 0.6);
 }
