@@ -17,6 +17,7 @@
 #include <cmath>
 #include <sstream>
 
+using network_support::attempt_text;
 using network_support::delete_chain;
 using network_support::node_text;
 using network_support::round_index;
@@ -459,13 +460,8 @@ bool Network::regional_avulsion(double scale)
         ++attempt;
         int ix = entry.ix, iy = entry.iy;
         _domain->next_steepest_node(ix, iy, false);
-        if (tracing(_tracer, TRACE_DEBUG))
-        {
-            std::ostringstream text;
-            text << "   Attempt for Regional Avulsion Iter " << _iteration << " #" << attempt << " from "
-                 << node_text(entry.ix, entry.iy) << " to " << node_text(ix, iy);
-            _tracer->debug(text.str());
-        }
+        trace_debug(_tracer,
+                    attempt_text("Regional Avulsion", _iteration, attempt, entry.ix, entry.iy, ix, iy));
         std::vector<Point3D> path;
         ChannelPoint* join = nullptr;
         SteepestError error = STEEPEST_OK;

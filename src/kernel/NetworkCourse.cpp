@@ -15,7 +15,7 @@
 #include <cmath>
 #include <sstream>
 
-using network_support::node_text;
+using network_support::attempt_text;
 using network_support::round_index;
 
 bool Network::construct_steepest_channel()
@@ -43,12 +43,8 @@ bool Network::construct_steepest_channel()
         int ix = entry.ix, iy = entry.iy;
         _domain->next_steepest_node(ix, iy, false);
         if (_tracer->traceLevel(TRACE_DEBUG))
-        {
-            std::ostringstream text;
-            text << "   Attempt for Creating New Channel Iter " << _iteration << " #" << attempt << " from "
-                 << node_text(entry.ix, entry.iy) << " to " << node_text(ix, iy);
-            _tracer->debug(text.str());
-        }
+            _tracer->debug(
+                attempt_text("Creating New Channel", _iteration, attempt, entry.ix, entry.iy, ix, iy));
         std::vector<Point3D> path;
         ChannelPoint* join = nullptr;
         SteepestError error = STEEPEST_OK;
