@@ -58,6 +58,15 @@ double guarded(const std::function<double()>& measure)
     }
 }
 
+// A measure of the current channel; undefined without one or when it cannot be taken.
+double channel_measure(const Network* network, const std::function<double(Channel*)>& measure)
+{
+    Channel* channel = network != nullptr ? network->channel() : nullptr;
+    if (channel == nullptr)
+        return undefined();
+    return guarded([&measure, channel] { return measure(channel); });
+}
+
 double ratio(double numerator, double denominator)
 {
     if (!is_defined(numerator) || !is_defined(denominator) || std::fabs(denominator) < 1e-30)
@@ -192,43 +201,30 @@ double Simulator::getAggradationRate()
 
 double Simulator::getMeanVelocityPerturbation()
 {
-    Channel* channel = _network ? _network->channel() : nullptr;
-    if (channel == nullptr)
-        return undefined();
-    return guarded([channel] { return channel->mean_velocity_perturbation(); });
+    return channel_measure(_network.get(), [](Channel* c) { return c->mean_velocity_perturbation(); });
 }
 
 double Simulator::getSinuosity()
 {
-    Channel* channel = _network ? _network->channel() : nullptr;
-    if (channel == nullptr)
-        return undefined();
     // Over the channel's own chord: the domain's reference points lie beyond the channel's ends.
-    return guarded([channel] { return channel->compute_real_sinuosity(false, nullptr); });
+    return channel_measure(_network.get(),
+                           [](Channel* c) { return c->compute_real_sinuosity(false, nullptr); });
 }
 
 double Simulator::getTortuosity()
 {
-    Channel* channel = _network ? _network->channel() : nullptr;
-    if (channel == nullptr)
-        return undefined();
-    return guarded([channel] { return channel->compute_real_tortuosity(false, nullptr); });
+    return channel_measure(_network.get(),
+                           [](Channel* c) { return c->compute_real_tortuosity(false, nullptr); });
 }
 
 double Simulator::getWavelength()
 {
-    Channel* channel = _network ? _network->channel() : nullptr;
-    if (channel == nullptr)
-        return undefined();
-    return guarded([channel] { return channel->compute_real_wavelength(); });
+    return channel_measure(_network.get(), [](Channel* c) { return c->compute_real_wavelength(); });
 }
 
 double Simulator::getSandBodyExtension()
 {
-    Channel* channel = _network ? _network->channel() : nullptr;
-    if (channel == nullptr)
-        return undefined();
-    return guarded([channel] { return channel->compute_sand_body_extension(); });
+    return channel_measure(_network.get(), [](Channel* c) { return c->compute_sand_body_extension(); });
 }
 
 unsigned int Simulator::getNbCutoff()
@@ -426,8 +422,6 @@ std::string Simulator::statsLine(bool header)
         return std::string();
     const MeanderCalculator& mc = *_meanderCalculator;
     Channel* channel = _network->channel();
-    auto measure = [channel](const std::function<double(Channel*)>& f)
-    { return channel == nullptr ? undefined() : guarded([&f, channel] { return f(channel); }); };
 
     const unsigned int age = getAge();
     const std::vector<double> families = familyThicknesses();
@@ -463,7 +457,8 @@ std::string Simulator::statsLine(bool header)
     line << (total > 0. ? families[FAMILY_POINT_BAR] / total : undefined())
          << forecast_sand * MeanderCalculator::kpb_fitted() << sand << forecast_sand << aggradation
          << mc.forecast_aggradation_rate()
-         << measure([](Channel* c) { return c->compute_real_sinuosity_allen(); }) << mc.default_sinuo(false)
+         << channel_measure(_network.get(), [](Channel* c) { return c->compute_real_sinuosity_allen(); })
+         << mc.default_sinuo(false)
          << ratio(is_defined(aggradation) && is_defined(sand_rate)
                       ? aggradation - sand_rate - plug_rate - getDouble("AG_OB_PEL_DRAP_INT")
                       : undefined(),
@@ -472,8 +467,9 @@ std::string Simulator::statsLine(bool header)
          << MeanderCalculator::kmig_fitted() << ratio(mean_vp, mc.velocity_perturbation_base())
          << MeanderCalculator::kvp_fitted() << _network->channel_current_max_depth()
          << getDouble("CHNL_MAX_DEPTH") << wavelength << getDouble("CHNL_WAVELENGTH")
-         << measure([](Channel* c) { return c->mean_flow_velocity(); }) << mc.forecast_velocity() << mean_vp
-         << mc.forecast_mean_velocity_perturbation() << migration << mc.forecast_migration_rate();
+         << channel_measure(_network.get(), [](Channel* c) { return c->mean_flow_velocity(); })
+         << mc.forecast_velocity() << mean_vp << mc.forecast_mean_velocity_perturbation() << migration
+         << mc.forecast_migration_rate();
     return line.str();
 }
 
