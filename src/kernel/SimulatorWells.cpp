@@ -385,38 +385,48 @@ bool Simulator::extractWellAt(const Point2D& location, Core& core, double zmin, 
 // ---------------------------------------------------------------------------
 // What the iteration loop asks
 
-bool Simulator::wellsWantRegionalAvulsion() const
+namespace
+{
+using WellQuestion = bool (Well::*)() const;
+
+// Every well heading its cell is asked, even after a yes.
+bool any_of_all_asked(const std::map<std::string, Well*>& wells, WellQuestion question)
 {
     bool any = false;
-    for (const auto& well : _wells)
+    for (const auto& well : wells)
         if (well.second->parent() == nullptr)
-            any = well.second->want_reg_avulsion() || any;
+            any = (well.second->*question)() || any;
     return any;
+}
+
+// The wells heading their cells are asked in map order; the first yes ends the search.
+bool first_yes(const std::map<std::string, Well*>& wells, WellQuestion question)
+{
+    for (const auto& well : wells)
+        if (well.second->parent() == nullptr && (well.second->*question)())
+            return true;
+    return false;
+}
+} // namespace
+
+bool Simulator::wellsWantRegionalAvulsion() const
+{
+    return any_of_all_asked(_wells, &Well::want_reg_avulsion);
 }
 
 bool Simulator::wellsWantLocalAvulsion() const
 {
-    bool any = false;
-    for (const auto& well : _wells)
-        if (well.second->parent() == nullptr)
-            any = well.second->want_loc_avulsion() || any;
-    return any;
+    return any_of_all_asked(_wells, &Well::want_loc_avulsion);
 }
 
 bool Simulator::wellsBlockAvulsion() const
 {
-    for (const auto& well : _wells)
-        if (well.second->parent() == nullptr && well.second->block_avulsion())
-            return true;
-    return false;
+    return first_yes(_wells, &Well::block_avulsion);
 }
 
 bool Simulator::wellsBlockAggradation() const
 {
-    for (const auto& well : _wells)
-        if (well.second->parent() == nullptr && well.second->block_aggradation())
-            return true;
-    return false;
+    return first_yes(_wells, &Well::block_aggradation);
 }
 
 bool Simulator::wellsHonored() const
