@@ -186,6 +186,7 @@ public:
     bool wantRegionalAvulsion();
     bool canAvulse();
     bool canAggrade();
+    bool overruleWells();
     bool zulReached();
     bool allWellsHonored() const;
     // Mean interval of the overbank events, 0 unless AG_TYPE is 2.

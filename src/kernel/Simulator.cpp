@@ -748,7 +748,8 @@ bool Simulator::wantRegionalAvulsion()
 {
     if (_nextRegionalAllowed > getAge())
         return false;
-    // Every well is asked: each one keeps its own count of requests.
+    // Every well is asked, even when the clock then says no: each answer may
+    // leave its line in the debug trace.
     const bool any = wellsWantRegionalAvulsion();
     if (!_regionalAvulsionProcess || _regionalAvulsionProcess->mean_interval() == 0.)
         return false;
@@ -769,16 +770,17 @@ bool Simulator::wantLocalAvulsion()
 
 bool Simulator::canAvulse()
 {
-    // A blocking well can be overruled with the relaxation probability.
-    if (!wellsBlockAvulsion())
-        return true;
-    return getDouble("COND_WELL_RELAX") / 100. >= (*_uniform)();
+    return !wellsBlockAvulsion() || overruleWells();
 }
 
 bool Simulator::canAggrade()
 {
-    if (!wellsBlockAggradation())
-        return true;
+    return !wellsBlockAggradation() || overruleWells();
+}
+
+// A blocking well is overruled with the relaxation probability (a percentage).
+bool Simulator::overruleWells()
+{
     return getDouble("COND_WELL_RELAX") / 100. >= (*_uniform)();
 }
 

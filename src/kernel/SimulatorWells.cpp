@@ -322,6 +322,7 @@ bool Simulator::saveWell(const std::string& name, const std::string& path)
     if (!out)
         return fail("Cannot save well " + name + " into binary file " + path, false);
     found->second->binary_output(out);
+    out.close();
     if (!out)
         return fail("Cannot save well " + name + " into binary file " + path, false);
     return true;
@@ -389,7 +390,8 @@ namespace
 {
 using WellQuestion = bool (Well::*)() const;
 
-// Every well heading its cell is asked, even after a yes.
+// Every well heading its cell is asked, even after a yes: each answer may
+// leave its line in the debug trace.
 bool any_of_all_asked(const std::map<std::string, Well*>& wells, WellQuestion question)
 {
     bool any = false;
