@@ -19,6 +19,7 @@
 #include "kernel/TectoMap.h"
 #include "kernel/TimeProcess.h"
 #include "kernel/Tracer.h"
+#include "kernel/Well.h"
 
 #include <exception>
 #include <filesystem>
@@ -221,16 +222,22 @@ bool Simulator::loadDomain(const std::string& path)
 bool Simulator::saveWells(const std::string& dir)
 {
     const std::string message = "Cannot save wells into folder " + dir;
+    // A well's record carries the logs linked to it at its cell: only the
+    // first log of each cell gets a file of its own.
+    std::vector<std::string> heads;
     for (const auto& well : _wells)
-        if (!saveWell(well.first, dir + "/" + well.first + ".dat"))
+        if (well.second->parent() == nullptr)
+            heads.push_back(well.first);
+    for (const std::string& name : heads)
+        if (!saveWell(name, dir + "/" + name + ".dat"))
             return fail(message, false);
     OutDataFile file(dir + WELLS_FILE);
     if (!file.is_open())
         return fail(message, false);
-    file.key_value("NB_WELLS", static_cast<int>(_wells.size()));
+    file.key_value("NB_WELLS", static_cast<int>(heads.size()));
     int i = 1;
-    for (const auto& well : _wells)
-        file.key_value("WELL_" + std::to_string(i++), well.first);
+    for (const std::string& name : heads)
+        file.key_value("WELL_" + std::to_string(i++), name);
     file.close();
     if (file.fail())
         return fail(message, false);

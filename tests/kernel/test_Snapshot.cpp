@@ -11,6 +11,7 @@
 #include "kernel/TectoMap.h"
 #include "kernel/Topo.h"
 #include "kernel/Tracer.h"
+#include "kernel/Well.h"
 
 #include <gtest/gtest.h>
 
@@ -175,6 +176,31 @@ TEST(Snapshot, RestartWithCrevasseSplaysGivesTheSameBlock)
 TEST(Snapshot, RestartOfAConditionedRunGivesTheSameBlock)
 {
     check_restart(true, true);
+}
+
+TEST(Snapshot, LogsSharingACellComeBackOnce)
+{
+    TempDir tmp;
+    auto sim = initialised_simulator();
+    ASSERT_TRUE(sim);
+    // The second log lands at the first one's cell and is linked to it; its
+    // name sorts first, as the snapshot's list of wells is in name order.
+    const double top = sim->domain()->getTopoGeo(20, 25, false);
+    for (const char* name : {"W2", "W1"})
+    {
+        Core core(200., 250., top, name);
+        core.add(2, 2.4);
+        ASSERT_TRUE(sim->addWell(core, name)) << sim->getLastMessage();
+    }
+    ASSERT_NE(sim->wells().at("W1")->parent(), nullptr);
+    ASSERT_TRUE(sim->save(tmp.path().string() + "/snap")) << sim->getLastMessage();
+    EXPECT_TRUE(contains(read_file(tmp.path().string() + "/snap/wells.txt"), "NB_WELLS=1"));
+
+    auto other = new_simulator();
+    ASSERT_TRUE(other->load(tmp.path().string() + "/snap")) << other->getLastMessage();
+    ASSERT_EQ(other->wells().size(), 2u);
+    EXPECT_EQ(other->wells().at("W2")->parent(), nullptr);
+    EXPECT_EQ(other->wells().at("W1")->parent(), other->wells().at("W2"));
 }
 
 TEST(Snapshot, SnapshotWithoutChannelLoadsWithoutChannel)
