@@ -517,6 +517,9 @@ bool Simulator::saveHistogram(const std::string& path, const CoreList& cores, do
             const int k =
                 std::min(nz - 1, static_cast<int>(std::floor(sample.getHeight() / dz + MP_EPSILON)));
             const int f = Facies::family(sample.getFacies());
+            // A family beyond the register has no column.
+            if (f >= nf)
+                continue;
             counts[static_cast<std::size_t>(k)][static_cast<std::size_t>(f)] += 1;
             heights[static_cast<std::size_t>(k)][static_cast<std::size_t>(f)] += sample.getHeight();
         }

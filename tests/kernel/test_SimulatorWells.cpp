@@ -245,6 +245,10 @@ TEST(SimulatorWells, HistogramCountsSamplesByHeightClass)
     cores.add(vertical_log("B", 0., 0., 0., {{2, 0.99}}));
     EXPECT_FALSE(sim->saveHistogram(dir.file("h.csv"), cores, 0., 3));
     EXPECT_EQ(sim->getLastMessage(), "Wrong HISTO_DZ or HISTO_NZ value (must be > 0.)");
+    // A family beyond the register has no column: left out, never counted past the table.
+    CoreList odd;
+    odd.add(vertical_log("C", 0., 0., 0., {{15, 0.5}}));
+    EXPECT_TRUE(sim->saveHistogram(dir.file("odd.csv"), odd, 1., 2));
     ASSERT_TRUE(sim->saveHistogram(dir.file("h.csv"), cores, 1., 2));
     std::istringstream lines(testing_support::read_file(dir.file("h.csv")));
     std::string header, first, second, extra;
