@@ -113,8 +113,6 @@ public:
     // The fitted coefficients of the forecasts.
     static double kvp_fitted();
     static double kmig_fitted();
-    static double kob_fitted();
-    static double ksand_fitted();
     // Share of the point bars in the channel sands.
     static double kpb_fitted();
 

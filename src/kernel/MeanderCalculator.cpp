@@ -690,14 +690,6 @@ double MeanderCalculator::kmig_fitted()
 {
     return CAL_KMIG;
 }
-double MeanderCalculator::kob_fitted()
-{
-    return CAL_KOB;
-}
-double MeanderCalculator::ksand_fitted()
-{
-    return CAL_KSAND;
-}
 double MeanderCalculator::kpb_fitted()
 {
     return CAL_KPB;

@@ -19,7 +19,6 @@
 
 using network_support::attempt_text;
 using network_support::delete_chain;
-using network_support::node_text;
 using network_support::round_index;
 
 namespace
@@ -460,8 +459,9 @@ bool Network::regional_avulsion(double scale)
         ++attempt;
         int ix = entry.ix, iy = entry.iy;
         _domain->next_steepest_node(ix, iy, false);
-        trace_debug(_tracer,
-                    attempt_text("Regional Avulsion", _iteration, attempt, entry.ix, entry.iy, ix, iy));
+        if (tracing(_tracer, TRACE_DEBUG))
+            _tracer->debug(
+                attempt_text("Regional Avulsion", _iteration, attempt, entry.ix, entry.iy, ix, iy));
         std::vector<Point3D> path;
         ChannelPoint* join = nullptr;
         SteepestError error = STEEPEST_OK;

@@ -428,7 +428,8 @@ std::string Simulator::statsLine(bool header)
     const double total = deposited(families);
     const double wavelength = getWavelength();
     const double extension = getSandBodyExtension();
-    const double aggradation = getAggradationRate();
+    // As getAggradationRate, without scanning the block again.
+    const double aggradation = age > 0 ? total * PER_10000 / age : undefined();
     const double sand = total > 0. ? sand_thickness(families) / total : undefined();
     const double sand_rate = age > 0 ? sand_thickness(families) * PER_10000 / age : undefined();
     // The floods' share of the fines: the abandoned channels' plugs are forecast apart.

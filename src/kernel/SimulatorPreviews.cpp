@@ -29,7 +29,7 @@ bool Simulator::savePreviews(const std::string& dir, const std::vector<double>& 
     std::error_code error;
     const std::filesystem::path folder(dir.empty() ? std::string(".") : dir);
     std::filesystem::create_directories(folder, error);
-    if (!std::filesystem::is_directory(folder))
+    if (!std::filesystem::is_directory(folder, error))
         return fail("Cannot create preview directory: " + dir + (error ? " (" + error.message() + ")" : ""),
                     false);
     try
