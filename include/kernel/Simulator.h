@@ -322,7 +322,6 @@ private:
     // Removes one well, its linked wells staying on the column.
     void unregisterWell(Well* well);
     // Drops the wells that the map no longer names (after clear).
-    void syncWellStore();
     bool addOneWell(const Core& core, const std::string& name, int number, CoreList* others);
     bool wellCell(const Well& well, int& i, int& j) const;
     std::string wellInfos(const Well& well) const;

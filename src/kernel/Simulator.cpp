@@ -284,7 +284,9 @@ bool Simulator::clear()
     {
         _network.reset();
         _domain.reset();
+        // The channel points are gone: the wells have no point to tell of their going.
         _wells.clear();
+        _wellStore.clear();
         _massBalance.reset();
         _userClasses = UserClassList();
         clearTimeProcessors();

@@ -57,20 +57,6 @@ void Simulator::WellDeleter::operator()(Well* well) const
 // ---------------------------------------------------------------------------
 // The map of wells
 
-void Simulator::syncWellStore()
-{
-    // clear() empties the map: the wells it named are no longer on any column.
-    auto named = [this](const std::unique_ptr<Well, WellDeleter>& w)
-    {
-        const auto found = _wells.find(w->name());
-        return found != _wells.end() && found->second == w.get();
-    };
-    _wellStore.erase(std::remove_if(_wellStore.begin(), _wellStore.end(),
-                                    [&named](const std::unique_ptr<Well, WellDeleter>& w)
-                                    { return !named(w); }),
-                     _wellStore.end());
-}
-
 bool Simulator::wellCell(const Well& well, int& i, int& j) const
 {
     const Point2D node = _domain->getGridPointFromRel(well.location());
@@ -224,7 +210,6 @@ bool Simulator::addWell(const Core& core, const std::string& name)
 {
     if (!ready(true))
         return false;
-    syncWellStore();
     const std::string wellName = !name.empty() ? name : core.getName();
     if (!_parameters->usingCondNewAlgo())
         return fail(
@@ -248,7 +233,6 @@ bool Simulator::deleteWell(const std::string& name)
 {
     if (!ready(true))
         return false;
-    syncWellStore();
     const auto found = _wells.find(name);
     if (found == _wells.end())
         return fail("Cannot delete well " + name + ": no such well", false);
@@ -333,7 +317,6 @@ bool Simulator::loadWell(const std::string& path)
     printout("Load well");
     if (!ready(true))
         return false;
-    syncWellStore();
     std::ifstream in(path, std::ios::binary);
     if (!in)
         return fail("Cannot open well from binary file " + path, false);
