@@ -22,6 +22,7 @@ class TimeProcess;
 class DistributionGenerator;
 class UniformDistributionGenerator;
 struct TimeProcessParamType;
+struct WellConfig;
 struct DistGenParamType;
 
 class Simulator : public iSimulator
@@ -292,7 +293,7 @@ public:
     // Every well has all its units honoured; true with no well.
     bool wellsHonored() const;
     // Hands the channel geometry and the main flow direction to every well.
-    void configureWells();
+    WellConfig wellConfig() const;
     // Gives every well to the channel when it holds none yet.
     void attachWellsToChannel();
     // False, with the reason in `message`, when wells are held under settings

@@ -432,11 +432,6 @@ void Simulator::setupMassBalance()
     }
 }
 
-void Simulator::setWellConfig()
-{
-    configureWells();
-}
-
 int Simulator::endSequence()
 {
     _parameters->setParamInt("SIM_SEED", _seedGenerator->getSeed());

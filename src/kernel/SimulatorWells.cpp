@@ -65,17 +65,22 @@ bool Simulator::wellCell(const Well& well, int& i, int& j) const
     return _domain->isValid(i, j);
 }
 
-void Simulator::configureWells()
+void Simulator::setWellConfig()
 {
     if (!_domain || _wells.empty())
         return;
-    const Vector2D flow = _domain->get_flow_direction();
-    const WellConfig config =
-        WellConfig::from_parameters(*_parameters, flow.get_abscissa(), flow.get_ordinate());
+    const WellConfig config = wellConfig();
     // A first well of a column hands the values to its linked wells.
     for (const auto& well : _wells)
         if (well.second->parent() == nullptr)
             well.second->set_well_config(config);
+}
+
+// The channel's size and the main flow direction, as the wells see them.
+WellConfig Simulator::wellConfig() const
+{
+    const Vector2D flow = _domain->get_flow_direction();
+    return WellConfig::from_parameters(*_parameters, flow.get_abscissa(), flow.get_ordinate());
 }
 
 void Simulator::attachWellsToChannel()
@@ -103,8 +108,7 @@ bool Simulator::registerWell(std::unique_ptr<Well> well, bool followColumn)
 
     DepositionSet& column = _domain->getObject(i, j);
     Well* raw = well.get();
-    const Vector2D flow = _domain->get_flow_direction();
-    raw->set_well_config(WellConfig::from_parameters(*_parameters, flow.get_abscissa(), flow.get_ordinate()));
+    raw->set_well_config(wellConfig());
     if (column.well() != nullptr)
     {
         // A second log at one cell is told everything the first one is told.

@@ -282,7 +282,7 @@ int run_small(Simulator& sim, unsigned int iterations)
     if (sim.checkConsistency() == MP_STATUS_INCONSISTENT || sim.newSequence() != MP_STATUS_OK)
         return -1;
     int status = sim.run(0);
-    sim.configureWells();
+    sim.setWellConfig();
     sim.attachWellsToChannel();
     for (unsigned int k = 0; k < iterations && status == MP_STATUS_OK; ++k)
     {
