@@ -32,38 +32,12 @@ for seed in $seeds; do
     done
 done
 
-python3 - "$work" $seeds <<'PY'
+python3 - "$here" "$work" $seeds <<'PY'
 import sys, os
+sys.path.insert(0, sys.argv[1])
+from flw import read_flw, facies_match
 
-def read_flw(path):
-    keys, rows, data = {}, [], False
-    for line in open(path):
-        line = line.strip()
-        if line.startswith('~A'):
-            data = True
-            continue
-        if not line or line.startswith('#'):
-            continue
-        if data:
-            rows.append(line.split())
-        elif '=' in line:
-            k, v = line.split('=', 1)
-            keys[k.strip()] = v.strip()
-    top = float(keys['Z_TOP'])
-    # Top first: facies, depth of the bottom below the top, height.
-    return [(int(r[0]), top - float(r[1]), top - float(r[1]) + float(r[2])) for r in rows]
-
-def facies_match(well, column):
-    zb = min(s[1] for s in well)
-    zt = max(s[2] for s in well)
-    same = 0.
-    for f, b, t in well:
-        for g, cb, ct in column:
-            if f == g:
-                same += max(0., min(t, ct) - max(b, cb))
-    return same / (zt - zb) if zt > zb else 0.
-
-work, seeds = sys.argv[1], sys.argv[2:]
+work, seeds = sys.argv[2], sys.argv[3:]
 pairs = [('W1', 'EXP_WELL40_10.flw'), ('W2', 'EXP_WELL80_20.flw'), ('W3', 'EXP_WELL100_30.flw')]
 totals = {'conditioned': [], 'free': []}
 for seed in seeds:
