@@ -1084,12 +1084,12 @@ bool NewJournalFile::save_outputs()
     const bool histogram = is_set(_histoDz) && is_set(_histoNz);
     if (histogram && !_wellFiles.empty())
     {
+        // Every input well may have been refused at loading: the run went on
+        // without them, and their histogram is then empty rather than missing.
         CoreList inputs;
         if (!_simulator->getAllWells(inputs))
-        {
-            _simulator->getTracer()->error("Cannot save histogram in " + input_histogram_file());
-            return false;
-        }
+            _simulator->getTracer()->warning("No conditioning well: the histogram in " +
+                                             input_histogram_file() + " is empty");
         if (!save_histogram(input_histogram_file(), inputs))
             return false;
     }

@@ -493,7 +493,6 @@ TEST(NewJournalFile, FailedExportsStopTheBatch)
         {"getSlice", "Cannot retrieve the slice"},
         {"saveConditioningStats", "Cannot save conditioning wells statistics in " + dir.file("c.csv")},
         {"saveHistogram", "Cannot save histogram in " + dir.file("run_inw_histo.csv")},
-        {"getAllWells", "Cannot save histogram in " + dir.file("run_inw_histo.csv")},
         {"extractWell", "Cannot retrieve the well EXP_WELL0_0"},
         {"run", "Problem with simulator action: run"},
         {"newSequence", "Problem with simulator action: newSequence"},
@@ -523,6 +522,17 @@ TEST(NewJournalFile, FailedExportsStopTheBatch)
     std::filesystem::create_directory(dir.file("EXP_WELL0_0.flw"));
     EXPECT_NE(blockedFile.launch(), 0);
     EXPECT_TRUE(traced("Cannot save the well " + dir.file("EXP_WELL0_0.flw")));
+
+    // No input well left (all refused at loading): the histogram is written empty.
+    std::filesystem::remove(dir.file("EXP_WELL0_0.flw"));
+    FakeSimulator noWells;
+    noWells.failing.insert("getAllWells");
+    NewJournalFile withoutWells(&noWells);
+    ASSERT_TRUE(withoutWells.load(dir.file("run.bat")));
+    EXPECT_EQ(withoutWells.launch(), 0);
+    EXPECT_TRUE(
+        traced("No conditioning well: the histogram in " + dir.file("run_inw_histo.csv") + " is empty"));
+    EXPECT_TRUE(noWells.called("saveHistogram"));
 }
 
 TEST(NewJournalFile, RegularStopsGoOnToTheNextSequence)
