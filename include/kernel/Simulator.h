@@ -220,6 +220,10 @@ public:
     unsigned int getNextLocalAllowed() const { return _nextLocalAllowed; }
     unsigned int getNextRegionalAllowed() const { return _nextRegionalAllowed; }
     const std::vector<double>& getIsbxHistory() const { return _isbxHistory; }
+    // Takes the channel samples behind the ISBX and the migration rate, and
+    // records the ISBX; the loop does it every 100 iterations. Reading the
+    // measures changes nothing, so how often they are read changes no value.
+    void sampleChannelMeasures();
 
 private:
     void prepareOverbank();
@@ -228,7 +232,6 @@ private:
     void erodeToUpperLimit();
     // Stores the stop reason at info level.
     int stopAt(int status, const std::string& reason);
-    double computeIsbx() const;
     void printout(const std::string& text) const;
     // Store the failure, trace it as an error and answer `result`.
     bool fail(const std::string& text, bool result) const;
@@ -377,9 +380,13 @@ public:
 private:
     // Lateral range swept by the channel across each reach of one wavelength
     // since the last avulsion; the reaches are counted along the flow.
-    void sweepBelt() const;
+    typedef std::map<int, std::pair<double, double>> Belt;
+    void sweepBelt();
+    // Adds the channel's present positions to a belt.
+    void sweep(Belt& belt) const;
+    double isbxOf(const Belt& belt) const;
     // Channel position sample behind the migration rate.
-    void sampleMigration() const;
+    void sampleMigration();
     // Whether the channel is still the one the belt and the samples were taken on.
     bool sameChannelLife() const;
     // Plane positions (relative frame) of the channel points inside the grid.
@@ -387,15 +394,15 @@ private:
     double measuredMigration(const Positions& before, unsigned int ageBefore) const;
     Positions channelPointsInDomain() const;
 
-    mutable std::map<int, std::pair<double, double>> _belt;
-    mutable const void* _beltChannel = nullptr;
-    mutable unsigned int _beltBirth = 0;
-    mutable unsigned int _beltAvulsions = 0;
-    mutable unsigned int _beltAge = 0;
-    mutable Positions _migrationSample;
-    mutable unsigned int _migrationAge = 0;
+    Belt _belt;
+    const void* _beltChannel = nullptr;
+    unsigned int _beltBirth = 0;
+    unsigned int _beltAvulsions = 0;
+    unsigned int _beltAge = 0;
+    Positions _migrationSample;
+    unsigned int _migrationAge = 0;
     // 1e30 while no rate is measured.
-    mutable double _migrationRate = 1e30;
+    double _migrationRate = 1e30;
     // -- end measures --
 
     // -- previews --

@@ -601,7 +601,7 @@ int Simulator::oneLoop()
         printout(text.str());
     }
     if (it % ISBX_STEP == 0)
-        _isbxHistory.push_back(computeIsbx());
+        sampleChannelMeasures();
     if (_tectoActive && it % TECTO_STEP == 0)
     {
         printout("Apply tectonic deformation");

@@ -268,7 +268,7 @@ bool Simulator::sameChannelLife() const
            _network->nb_avulsions() == _beltAvulsions && _network->getAge() >= _beltAge;
 }
 
-void Simulator::sweepBelt() const
+void Simulator::sweepBelt()
 {
     const Channel* channel = _network ? _network->channel() : nullptr;
     if (channel == nullptr)
@@ -287,6 +287,11 @@ void Simulator::sweepBelt() const
         _beltAvulsions = _network->nb_avulsions();
     }
     _beltAge = _network->getAge();
+    sweep(_belt);
+}
+
+void Simulator::sweep(Belt& belt) const
+{
     // Reaches of one wavelength along the flow, counted from the upstream end
     // of the grid; only whole reaches inside the grid are kept.
     const Vector2D flow = _domain->get_flow_direction();
@@ -302,16 +307,16 @@ void Simulator::sweepBelt() const
         amin = std::min(amin, along);
         amax = std::max(amax, along);
     }
-    const double reach = std::max(channel->width(), getDouble("CHNL_WAVELENGTH"));
+    const double reach = std::max(_network->channel()->width(), getDouble("CHNL_WAVELENGTH"));
     const int reaches = std::max(1, static_cast<int>(std::floor((amax - amin) / reach)));
     for (const Position& p : channelPointsInDomain())
     {
         const double along = p.first * fx + p.second * fy;
         const double across = p.second * fx - p.first * fy;
         const int k = std::min(reaches - 1, static_cast<int>(std::floor((along - amin) / reach)));
-        auto found = _belt.find(k);
-        if (found == _belt.end())
-            _belt[k] = std::make_pair(across, across);
+        auto found = belt.find(k);
+        if (found == belt.end())
+            belt[k] = std::make_pair(across, across);
         else
         {
             found->second.first = std::min(found->second.first, across);
@@ -322,25 +327,35 @@ void Simulator::sweepBelt() const
 
 // Mean lateral extent of the sand body swept since the last avulsion, in
 // channel widths beyond the channel's own, tenfold.
-double Simulator::computeIsbx() const
+double Simulator::isbxOf(const Belt& belt) const
 {
-    if (!ready(false))
-        return undefined();
-    sweepBelt();
-    sampleMigration();
     const Channel* channel = _network->channel();
-    if (channel == nullptr || _belt.empty() || channel->width() <= 0.)
+    if (channel == nullptr || belt.empty() || channel->width() <= 0.)
         return undefined();
     double sum = 0.;
-    for (const auto& entry : _belt)
+    for (const auto& entry : belt)
         sum += entry.second.second - entry.second.first;
-    const double extent = sum / _belt.size();
+    const double extent = sum / belt.size();
     return ISBX_SCALE * extent / channel->width();
+}
+
+void Simulator::sampleChannelMeasures()
+{
+    if (!ready(false))
+        return _isbxHistory.push_back(undefined());
+    sweepBelt();
+    sampleMigration();
+    _isbxHistory.push_back(isbxOf(_belt));
 }
 
 double Simulator::getIsbx()
 {
-    return computeIsbx();
+    if (!ready(false) || _network->channel() == nullptr)
+        return undefined();
+    // The belt sampled so far, and where the channel stands now.
+    Belt belt = sameChannelLife() ? _belt : Belt();
+    sweep(belt);
+    return isbxOf(belt);
 }
 
 double Simulator::getMeanIsbx()
@@ -369,7 +384,7 @@ double Simulator::measuredMigration(const Positions& before, unsigned int ageBef
     return sum / now.size() * PER_10000 / (age - ageBefore);
 }
 
-void Simulator::sampleMigration() const
+void Simulator::sampleMigration()
 {
     const unsigned int age = _network->getAge();
     if (!_migrationSample.empty() && age > _migrationAge)

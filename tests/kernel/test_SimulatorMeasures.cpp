@@ -141,9 +141,19 @@ TEST(SimulatorMeasures, IsbxFollowsTheBeltOfTheChannelLife)
     ASSERT_TRUE(sim->replaceCenterline(sine_centerline(0., 375.), false));
     const double width = sim->network()->channel()->width();
     EXPECT_LT(sim->getIsbx(), 1.);
-    // Drifting 30 m sideways in 60 iterations, it widens the belt of its life.
-    for (ChannelPoint* cp = sim->network()->channel()->first(); cp != nullptr; cp = cp->next())
-        cp->set_ordinate(cp->get_ordinate() + 30.);
+    const auto shift = [&](double dy)
+    {
+        for (ChannelPoint* cp = sim->network()->channel()->first(); cp != nullptr; cp = cp->next())
+            cp->set_ordinate(cp->get_ordinate() + dy);
+    };
+    // Reading takes no sample: a position only read and left is not in the belt.
+    sim->sampleChannelMeasures();
+    shift(50.);
+    EXPECT_NEAR(sim->getIsbx(), 10. * 50. / width, 0.5);
+    shift(-50.);
+    EXPECT_LT(sim->getIsbx(), 1.);
+    // Drifting 30 m sideways in 60 iterations from the sample, it widens the belt of its life.
+    shift(30.);
     sim->setAge(sim->getAge() + 60);
     EXPECT_NEAR(sim->getMigrationRate(), 30. * 10000. / 60., 1.);
     EXPECT_NEAR(sim->getIsbx(), 10. * 30. / width, 0.5);
