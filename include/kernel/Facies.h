@@ -44,6 +44,24 @@ public:
     static bool is_non_erodable(unsigned char family);
     bool is_neutral() const { return is_neutral(family()); }
     static bool is_neutral(unsigned char family) { return family == 0; }
+    // Sands: channel lag, point bar, sand plug and crevasse splay.
+    bool is_sand() const { return is_sand(family()); }
+    static bool is_sand(unsigned char family) { return family >= 1 && family <= 4; }
+    // The sands of one channel body: channel lag, point bar and sand plug.
+    bool is_channel_sand() const { return is_channel_sand(family()); }
+    static bool is_channel_sand(unsigned char family) { return family >= 1 && family <= 3; }
+    // What fills an abandoned channel: mud plug and hemipelagic plug.
+    bool is_plug() const { return is_plug(family()); }
+    static bool is_plug(unsigned char family) { return family == 9 || family == 10; }
+    // Splays and levees: crevasse splay, its channel, its lobe and levee.
+    bool is_splay_or_levee() const { return is_splay_or_levee(family()); }
+    static bool is_splay_or_levee(unsigned char family) { return family >= 4 && family <= 7; }
+    // Fines out of the channel: overbank, wetland, pelagic drape and draping.
+    bool is_fine() const { return is_fine(family()); }
+    static bool is_fine(unsigned char family)
+    {
+        return family == 8 || family == 11 || family == 12 || family == 13;
+    }
 
     // Two facies of one family are the same facies, whatever their grain size.
     bool operator==(const Facies& other) const { return family() == other.family(); }

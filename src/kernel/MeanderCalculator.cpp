@@ -5,6 +5,7 @@
 #include "kernel/Constants.h"
 #include "kernel/Core.h"
 #include "kernel/CoreList.h"
+#include "kernel/Facies.h"
 
 #include <algorithm>
 #include <cmath>
@@ -1085,14 +1086,6 @@ bool MeanderCalculator::apply_neqsus(iParameters* parameters, iTracer* tracer,
     return true;
 }
 
-namespace
-{
-bool is_channel_sand(unsigned char family)
-{
-    return family >= 1 && family <= 3;
-}
-} // namespace
-
 // A channel fill is at most one channel deep: the median channel sand body
 // tells the depth, the thicknesses the net to gross, and the grain size of
 // the sands the typical extension.
@@ -1120,7 +1113,7 @@ bool MeanderCalculator::nexus_from_wells(iParameters const* parameters, const Co
                 sand += sample.getHeight();
                 classes.push_back(sample.getGrainClass());
             }
-            if (is_channel_sand(family))
+            if (Facies::is_channel_sand(family))
                 body += sample.getHeight();
             else if (body > 0.)
             {

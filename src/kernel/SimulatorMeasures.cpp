@@ -31,7 +31,6 @@ constexpr double PER_10000 = 10000.;
 constexpr double ISBX_SCALE = 10.;
 constexpr int NB_FAMILIES = 14;
 constexpr unsigned char FAMILY_POINT_BAR = 2;
-constexpr unsigned char LAST_SAND_FAMILY = 4;
 constexpr unsigned char FAMILY_MUD_PLUG = 9;
 constexpr unsigned char FAMILY_HEMIPELAGIC_PLUG = 10;
 
@@ -168,8 +167,9 @@ double deposited(const std::vector<double>& families)
 double sand_thickness(const std::vector<double>& families)
 {
     double sand = 0.;
-    for (unsigned char f = 1; f <= LAST_SAND_FAMILY && f < families.size(); ++f)
-        sand += families[f];
+    for (unsigned char f = 1; f < families.size(); ++f)
+        if (Facies::is_sand(f))
+            sand += families[f];
     return sand;
 }
 } // namespace

@@ -27,39 +27,6 @@ constexpr double BASEMENT_SLACK = 0.1;
 // Largest number of wells one record may announce.
 constexpr int32_t MAX_LINKED_WELLS = 1 << 16;
 
-bool is_sandy(const Facies& f)
-{
-    return f.family() >= 1 && f.family() <= 4;
-}
-
-bool is_fine(const Facies& f)
-{
-    const unsigned char fam = f.family();
-    return fam == 8 || fam == 11 || fam == 12 || fam == 13;
-}
-
-bool is_splay_or_levee(const Facies& f)
-{
-    return f.family() >= 4 && f.family() <= 7;
-}
-
-bool is_plug(const Facies& f)
-{
-    return f.family() == 9 || f.family() == 10;
-}
-
-// Channel lag, point bar, sand plug and the two plugs: what a channel leaves in its bed.
-bool is_channel_fill(const Facies& f)
-{
-    return f.is_erodable();
-}
-
-// Channel lag, point bar and sand plug: the sands of one channel body.
-bool is_sandy_fill(const Facies& f)
-{
-    return f.family() >= 1 && f.family() <= 3;
-}
-
 std::string text_of(double value)
 {
     std::ostringstream s;
@@ -425,17 +392,17 @@ Facies Well::nature(std::size_t brick) const
         return own;
     // A channel-fill brick thinner than the threshold under another channel fill
     // cannot be told apart by the simulation: it asks for what its upper neighbour asks.
-    if (is_channel_fill(own) && _units[brick].thickness() < _config.closure && brick + 1 < _units.size() &&
-        is_channel_fill(_units[brick + 1].facies()))
+    if (own.is_erodable() && _units[brick].thickness() < _config.closure && brick + 1 < _units.size() &&
+        _units[brick + 1].facies().is_erodable())
         return nature(brick + 1);
-    if (is_sandy(own))
+    if (own.is_sand())
         return own;
     // A thin run of non-sands between two sands is a gap the simulation may close.
     std::size_t lo = brick;
-    while (lo > 0 && !is_sandy(_units[lo - 1].facies()))
+    while (lo > 0 && !_units[lo - 1].facies().is_sand())
         --lo;
     std::size_t hi = brick;
-    while (hi + 1 < _units.size() && !is_sandy(_units[hi + 1].facies()))
+    while (hi + 1 < _units.size() && !_units[hi + 1].facies().is_sand())
         ++hi;
     if (lo == 0 || hi + 1 >= _units.size())
         return own;
@@ -507,9 +474,9 @@ double Well::correct_mig(const Point3D& point) const
     const Facies nat = ab_nature();
     if (!is_finished() && _wet)
         return nat.is_erodable() ? 1. : 2.;
-    if (is_fine(nat))
+    if (nat.is_fine())
         return repulsion_factor(db, 2. * W, 6. * W);
-    if (is_splay_or_levee(nat))
+    if (nat.is_splay_or_levee())
     {
         if (db < 2.5 * W)
             return repulsion_factor(db, 1.5 * W, 2.5 * W);
@@ -523,7 +490,7 @@ double Well::correct_mig(const Point3D& point) const
         return 0.;
     if (is_finished() || nat.is_neutral())
         return 1.;
-    if (is_plug(nat) && _wet)
+    if (nat.is_plug() && _wet)
         return 0.5;
     const double g = gap_up(zb, z);
     const double t = _parameters->usingTurbi() || _parameters->usingLobes() ? 2.8000000000000003 : 0.2;
@@ -557,9 +524,9 @@ double Well::correct_avl(const Point3D& point, bool* local, bool* regional, bool
     if (!is_finished() && _wet && !nat.is_erodable() && !nat.is_neutral() && aggradationOk != nullptr)
         *aggradationOk = false;
     const double W = _config.channelWidth;
-    if (is_fine(nat))
+    if (nat.is_fine())
         return -gauss_cov(e, 11. * W);
-    if (is_splay_or_levee(nat))
+    if (nat.is_splay_or_levee())
         return 0.1 * gauss_cov(e, 12. * W) - 1.1 * gauss_cov(e, 4. * W);
     const double av = _al > z98 ? avoidance(z98, z) : 0.;
     if (av > d)
@@ -579,7 +546,7 @@ double Well::correct_avl(const Point3D& point, bool* local, bool* regional, bool
         if (regional != nullptr)
             *regional = true;
     };
-    if (_parameters->usingCondAvMP() && asked && _wet && is_plug(nat))
+    if (_parameters->usingCondAvMP() && asked && _wet && nat.is_plug())
         ask_avulsion();
     if (asked)
     {
@@ -680,7 +647,7 @@ bool Well::block_avulsion() const
 
 bool Well::wet_and_sandy_ab() const
 {
-    return _wet && is_sandy(ab_nature());
+    return _wet && ab_nature().is_sand();
 }
 
 // ---------------------------------------------------------------- following the column
@@ -726,8 +693,8 @@ bool Well::agrees(const Facies& facies, double thickness, const Facies& asked) c
         return true;
     // A lag or a sliver of bar thinner than the closure inside the sands of a
     // channel body is the base of the next bar, as a log could not tell apart.
-    return _config.closure > 0. && thickness < _config.closure && is_sandy_fill(facies) &&
-           is_sandy_fill(asked);
+    return _config.closure > 0. && thickness < _config.closure && facies.is_channel_sand() &&
+           asked.is_channel_sand();
 }
 
 void Well::avoid_scour(double zt, double wd)
