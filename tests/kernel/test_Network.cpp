@@ -4,6 +4,7 @@
 
 #include "kernel/Network.h"
 
+#include "NetworkParts.h"
 #include "TestSupport.h"
 #include "kernel/Centerline.h"
 #include "kernel/Channel.h"
@@ -40,24 +41,16 @@ void capture(const char* text, TraceLevel)
     g_trace += text;
 }
 
-class NetworkTest : public ::testing::Test
+class NetworkTest : public ::testing::Test, protected testing_support::NetworkParts
 {
 protected:
     NetworkTest()
     {
         tracer.setTraceFunction(quiet);
-        params.setParamDouble("CHNL_WIDTH", 30.);
-        params.setParamDouble("CHNL_MAX_DEPTH", 3.);
-        params.setParamDouble("CHNL_WAVELENGTH", 375.);
-        params.setParamDouble("DOMAIN_SLOPE", 0.001);
-        params.setParamDouble("CHNL_FLW_DIR", 90.);
-        params.setParamDouble("CHNL_MARGIN", 2.);
-        domain = std::make_unique<Domain>(&mc, &seed, &mb, nullptr, DX, DX, NX, NY, Point2D(0., 0.), 0., 0.,
-                                          0u, Facies(Overbank::_fd.id()));
-        domain->update_slope(0.001, 90.);
+        set_channel(30., 3., 375., 2.);
+        make_domain(NX, NY, DX, Facies(Overbank::_fd.id()));
         domain->deposit_uniform_thickness(TOP, Facies(Overbank::_fd.id()), 0u);
-        network = std::make_unique<Network>(&mc, &params, domain.get(), &seed, &mb, &uniform);
-        network->init_network();
+        make_network();
     }
 
     std::unique_ptr<Channel> make_channel(const std::vector<Point3D>& points)
@@ -109,15 +102,6 @@ protected:
             EXPECT_LE(cp->getY(), yhi + 1e-6);
         }
     }
-
-    Tracer tracer;
-    Parameters params{&tracer};
-    MeanderCalculator mc{&params, &tracer};
-    SeedGenerator seed;
-    MassBalance mb;
-    UniformDistributionGenerator uniform{&seed, 0., 1.};
-    std::unique_ptr<Domain> domain;
-    std::unique_ptr<Network> network;
 };
 
 TEST_F(NetworkTest, EndsSlideOntoOrDropBeyondTheReferenceLines)

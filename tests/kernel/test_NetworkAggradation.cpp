@@ -3,6 +3,7 @@
 
 #include "kernel/Network.h"
 
+#include "NetworkParts.h"
 #include "TestSupport.h"
 #include "kernel/Channel.h"
 #include "kernel/DistributionGenerator.h"
@@ -40,26 +41,18 @@ void capture(const char* text, TraceLevel)
     g_trace += text;
 }
 
-class AggradationTest : public ::testing::Test
+class AggradationTest : public ::testing::Test, protected testing_support::NetworkParts
 {
 protected:
     AggradationTest()
     {
         g_trace.clear();
         tracer.setTraceFunction(capture);
-        params.setParamDouble("CHNL_WIDTH", 30.);
-        params.setParamDouble("CHNL_MAX_DEPTH", 3.);
-        params.setParamDouble("CHNL_WAVELENGTH", 375.);
-        params.setParamDouble("DOMAIN_SLOPE", 0.001);
-        params.setParamDouble("CHNL_FLW_DIR", 90.);
-        params.setParamDouble("CHNL_MARGIN", 2.);
-        domain = std::make_unique<Domain>(&mc, &seed, &mb, nullptr, DX, DX, NX, NY, Point2D(0., 0.), 0., 0.,
-                                          0u, Facies(Draping::_fd.id()));
-        domain->update_slope(0.001, 90.);
+        set_channel(30., 3., 375., 2.);
+        make_domain(NX, NY, DX, Facies(Draping::_fd.id()));
         domain->deposit_uniform_thickness(TOP, Facies(Draping::_fd.id(), 1), 0u);
         domain->forget_remaining();
-        network = std::make_unique<Network>(&mc, &params, domain.get(), &seed, &mb, &uniform);
-        network->init_network();
+        make_network();
     }
 
     // A channel through the given points (x, y, z), with its geometry and flow.
@@ -88,15 +81,6 @@ protected:
             z.push_back(cp->get_elevation());
         return z;
     }
-
-    Tracer tracer;
-    Parameters params{&tracer};
-    MeanderCalculator mc{&params, &tracer};
-    SeedGenerator seed;
-    MassBalance mb;
-    UniformDistributionGenerator uniform{&seed, 0., 1.};
-    std::unique_ptr<Domain> domain;
-    std::unique_ptr<Network> network;
 };
 
 // ---------------------------------------------------------------------------

@@ -4,6 +4,7 @@
 
 #include "kernel/Network.h"
 
+#include "NetworkParts.h"
 #include "TestSupport.h"
 #include "kernel/Channel.h"
 #include "kernel/DistributionGenerator.h"
@@ -68,7 +69,7 @@ double ridge(int i, int j, int depth = 5)
     return -FALL * i + lateral;
 }
 
-class Avulsion : public ::testing::Test
+class Avulsion : public ::testing::Test, protected testing_support::NetworkParts
 {
 protected:
     Avulsion()
@@ -77,23 +78,14 @@ protected:
         tracer.setTraceFunction(capture);
         tracer.setTraceLevel(TRACE_DEBUG);
         tracer.setTraceAvuls(true);
-        params.setParamDouble("CHNL_WIDTH", 24.);
-        params.setParamDouble("CHNL_MAX_DEPTH", 3.);
-        params.setParamDouble("CHNL_WAVELENGTH", 300.);
-        params.setParamDouble("DOMAIN_SLOPE", 0.001);
-        params.setParamDouble("CHNL_FLW_DIR", 90.);
-        params.setParamDouble("CHNL_MARGIN", 1.);
+        set_channel(24., 3., 300., 1.);
         build(NX, NY);
     }
 
     void build(int nx, int ny)
     {
-        network.reset();
-        domain = std::make_unique<Domain>(&mc, &seed, &mb, nullptr, DX, DX, nx, ny, Point2D(0., 0.), 0., 0.,
-                                          0u, Facies(8));
-        domain->update_slope(0.001, 90.);
-        network = std::make_unique<Network>(&mc, &params, domain.get(), &seed, &mb, &uniform);
-        network->init_network();
+        make_domain(nx, ny, DX, Facies(8));
+        make_network();
     }
 
     // True and pseudo elevations, and an erodibility equal to the default one.
@@ -215,15 +207,6 @@ protected:
             }
         EXPECT_EQ(n, channel->number_of_points());
     }
-
-    Tracer tracer;
-    Parameters params{&tracer};
-    MeanderCalculator mc{&params, &tracer};
-    SeedGenerator seed;
-    MassBalance mb;
-    UniformDistributionGenerator uniform{&seed, 0., 1.};
-    std::unique_ptr<Domain> domain;
-    std::unique_ptr<Network> network;
 };
 
 // The splays are laid by a class of their own, which may still refuse to work.

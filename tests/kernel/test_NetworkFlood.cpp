@@ -3,6 +3,7 @@
 
 #include "kernel/Network.h"
 
+#include "NetworkParts.h"
 #include "TestSupport.h"
 #include "kernel/Channel.h"
 #include "kernel/DistributionGenerator.h"
@@ -40,7 +41,7 @@ void capture(const char* text, TraceLevel)
     g_trace += text;
 }
 
-class FloodTest : public ::testing::Test
+class FloodTest : public ::testing::Test, protected testing_support::NetworkParts
 {
 protected:
     FloodTest()
@@ -48,26 +49,15 @@ protected:
         g_trace.clear();
         tracer.setTraceFunction(capture);
         set_channel_params();
-        domain = std::make_unique<Domain>(&mc, &seed, &mb, nullptr, DX, DX, NX, NY, Point2D(0., 0.), 0., 0.,
-                                          0u, Facies(Draping::_fd.id()));
-        domain->update_slope(0.001, 90.);
+        make_domain(NX, NY, DX, Facies(Draping::_fd.id()));
         domain->deposit_uniform_thickness(TOP, Facies(Draping::_fd.id(), 1), 0u);
         domain->forget_remaining();
-        network = std::make_unique<Network>(&mc, &params, domain.get(), &seed, &mb, &uniform);
-        network->init_network();
+        make_network();
         network->setAge(1);
         snapshot();
     }
 
-    void set_channel_params()
-    {
-        params.setParamDouble("CHNL_WIDTH", 30.);
-        params.setParamDouble("CHNL_MAX_DEPTH", 3.);
-        params.setParamDouble("CHNL_WAVELENGTH", 375.);
-        params.setParamDouble("DOMAIN_SLOPE", 0.001);
-        params.setParamDouble("CHNL_FLW_DIR", 90.);
-        params.setParamDouble("CHNL_MARGIN", 2.);
-    }
+    void set_channel_params() { set_channel(30., 3., 375., 2.); }
 
     // A straight channel along x at ordinate y, its top at z, with its geometry and flow.
     void straight(double y, double z, double x0 = -150., double x1 = NX * DX + 150.)
@@ -113,14 +103,6 @@ protected:
         return y > CHANNEL_Y + DX ? y - CHANNEL_Y - DX : (y < CHANNEL_Y - DX ? CHANNEL_Y - DX - y : 0.);
     }
 
-    Tracer tracer;
-    Parameters params{&tracer};
-    MeanderCalculator mc{&params, &tracer};
-    SeedGenerator seed;
-    MassBalance mb;
-    UniformDistributionGenerator uniform{&seed, 0., 1.};
-    std::unique_ptr<Domain> domain;
-    std::unique_ptr<Network> network;
     std::vector<double> _before;
     std::vector<double> _rest;
 };
