@@ -1,5 +1,6 @@
 #include "kernel/Simulator.h"
 
+#include "SimulatorSupport.h"
 #include "TestSupport.h"
 #include "kernel/Core.h"
 #include "kernel/DistributionGenerator.h"
@@ -19,33 +20,18 @@
 namespace
 {
 
-std::string g_trace;
-
-void capture(const char* text, TraceLevel)
-{
-    g_trace += text;
-}
-
-bool contains(const std::string& text, const std::string& part)
-{
-    return text.find(part) != std::string::npos;
-}
+using testing_support::capture;
+using testing_support::contains;
+using testing_support::g_trace;
 
 constexpr double ZREF = 0.;
 
 // A small fluvial domain on which a run is quick.
 std::unique_ptr<Simulator> small_simulator()
 {
-    auto sim = std::make_unique<Simulator>();
-    sim->getTracer()->setTraceFunction(capture);
-    sim->getTracer()->setTraceLevel(TRACE_INFO);
+    auto sim = testing_support::simulator_on_grid(40, 30);
     iParameters* p = sim->getParameters();
-    p->setParamInt("DOMAIN_NX", 40);
-    p->setParamInt("DOMAIN_NY", 30);
-    p->setParamDouble("DOMAIN_DX", 10.);
-    p->setParamDouble("DOMAIN_DY", 10.);
     p->setParamDouble("DOMAIN_ZREF", ZREF);
-    g_trace.clear();
     return sim;
 }
 

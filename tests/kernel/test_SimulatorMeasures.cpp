@@ -1,5 +1,6 @@
 #include "kernel/Simulator.h"
 
+#include "SimulatorSupport.h"
 #include "TestSupport.h"
 #include "kernel/Centerline.h"
 #include "kernel/Channel.h"
@@ -25,11 +26,8 @@ namespace
 
 void silent(const char*, TraceLevel) {}
 
-std::string g_trace;
-void capture(const char* text, TraceLevel)
-{
-    g_trace += text;
-}
+using testing_support::capture;
+using testing_support::g_trace;
 
 constexpr int NX = 121;
 constexpr int NY = 81;

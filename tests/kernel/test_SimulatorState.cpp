@@ -3,6 +3,7 @@
 
 #include "kernel/Simulator.h"
 
+#include "SimulatorSupport.h"
 #include "TestSupport.h"
 #include "kernel/Domain.h"
 #include "kernel/Network.h"
@@ -23,32 +24,17 @@ using testing_support::read_file;
 using testing_support::TempDir;
 using testing_support::write_file;
 
-std::string g_trace;
-
-void capture(const char* text, TraceLevel)
-{
-    g_trace += text;
-}
-
-bool contains(const std::string& text, const std::string& part)
-{
-    return text.find(part) != std::string::npos;
-}
+using testing_support::capture;
+using testing_support::contains;
+using testing_support::g_trace;
 
 std::unique_ptr<Simulator> small_simulator(bool initialise = true)
 {
-    auto sim = std::make_unique<Simulator>();
-    sim->getTracer()->setTraceFunction(capture);
-    sim->getTracer()->setTraceLevel(TRACE_INFO);
+    auto sim = testing_support::simulator_on_grid(30, 20);
     iParameters* p = sim->getParameters();
-    p->setParamInt("DOMAIN_NX", 30);
-    p->setParamInt("DOMAIN_NY", 20);
-    p->setParamDouble("DOMAIN_DX", 10.);
-    p->setParamDouble("DOMAIN_DY", 10.);
     p->setParamInt("AG_OB_POISSON", 5);
     // A level that has no short decimal form.
     p->setParamDouble("AG_EP_INIT_ELEV", 1. / 3.);
-    g_trace.clear();
     if (initialise && sim->init(false) != MP_STATUS_OK)
         return nullptr;
     return sim;

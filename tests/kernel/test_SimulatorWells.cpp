@@ -1,5 +1,6 @@
 #include "kernel/Simulator.h"
 
+#include "SimulatorSupport.h"
 #include "TestSupport.h"
 #include "kernel/Core.h"
 #include "kernel/CoreList.h"
@@ -19,36 +20,21 @@
 
 namespace
 {
-std::string g_trace;
-
-void capture(const char* text, TraceLevel)
-{
-    g_trace += text;
-}
-
-bool contains(const std::string& text, const std::string& part)
-{
-    return text.find(part) != std::string::npos;
-}
+using testing_support::capture;
+using testing_support::contains;
+using testing_support::g_trace;
 
 using testing_support::TempDir;
 
 // A small fluvial domain of 40 x 30 nodes of 10 m whose origin is at (1000, 2000).
 std::unique_ptr<Simulator> small_simulator(unsigned int seed = 165426111)
 {
-    auto sim = std::make_unique<Simulator>();
-    sim->getTracer()->setTraceFunction(capture);
-    sim->getTracer()->setTraceLevel(TRACE_INFO);
+    auto sim = testing_support::simulator_on_grid(40, 30);
     iParameters* p = sim->getParameters();
-    p->setParamInt("DOMAIN_NX", 40);
-    p->setParamInt("DOMAIN_NY", 30);
-    p->setParamDouble("DOMAIN_DX", 10.);
-    p->setParamDouble("DOMAIN_DY", 10.);
     p->setParamDouble("DOMAIN_OX", 1000.);
     p->setParamDouble("DOMAIN_OY", 2000.);
     p->setParamDouble("DOMAIN_ZREF", 0.);
     p->setParamInt("SIM_SEED", static_cast<int>(seed));
-    g_trace.clear();
     return sim;
 }
 

@@ -3,6 +3,7 @@
 
 #include "kernel/Simulator.h"
 
+#include "SimulatorSupport.h"
 #include "TestSupport.h"
 #include "kernel/Core.h"
 #include "kernel/Domain.h"
@@ -26,21 +27,13 @@ namespace fs = std::filesystem;
 using testing_support::read_file;
 using testing_support::TempDir;
 
-std::string g_trace;
-
-void capture(const char* text, TraceLevel)
-{
-    g_trace += text;
-}
+using testing_support::capture;
+using testing_support::contains;
+using testing_support::g_trace;
 
 bool refuse_progress(int)
 {
     return false;
-}
-
-bool contains(const std::string& text, const std::string& part)
-{
-    return text.find(part) != std::string::npos;
 }
 
 // A small sloping fluvial plain with the default events (Poisson overbank
@@ -48,14 +41,8 @@ bool contains(const std::string& text, const std::string& part)
 // frequent so that a short run meets all of them.
 std::unique_ptr<Simulator> new_simulator(bool splays = false)
 {
-    auto sim = std::make_unique<Simulator>();
-    sim->getTracer()->setTraceFunction(capture);
-    sim->getTracer()->setTraceLevel(TRACE_INFO);
+    auto sim = testing_support::simulator_on_grid(40, 30);
     iParameters* p = sim->getParameters();
-    p->setParamInt("DOMAIN_NX", 40);
-    p->setParamInt("DOMAIN_NY", 30);
-    p->setParamDouble("DOMAIN_DX", 10.);
-    p->setParamDouble("DOMAIN_DY", 10.);
     p->setParamDouble("DOMAIN_ZREF", 0.);
     p->setParamInt("AG_OB_POISSON", 7);
     p->setParamInt("AV_LOC_POISSON", 25);
