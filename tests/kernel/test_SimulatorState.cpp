@@ -9,10 +9,12 @@
 #include "kernel/Network.h"
 #include "kernel/Parameters.h"
 #include "kernel/TimeProcess.h"
+#include "kernel/Topo.h"
 #include "kernel/Tracer.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -250,3 +252,42 @@ TEST(SimulatorState, ReplaceActionsPrintCountAndRefuse)
 }
 
 } // namespace
+
+// A flattening surface written on the domain's own grid comes back on the same
+// nodes, whatever the file's order: each node is shifted by its own value.
+TEST(SimulatorState, FlatteningFromFileLandsOnItsNodes)
+{
+    TempDir tmp;
+    auto sim = small_simulator();
+    ASSERT_TRUE(sim);
+    const Domain& domain = *sim->domain();
+    Topo surface(domain.getGridParams());
+    for (int j = 0; j < surface.getNy(); ++j)
+        for (int i = 0; i < surface.getNx(); ++i)
+            surface.set_at(i, j, 100. + i + 1000. * j);
+    for (const std::string order : {"+Y +X +Z", "+X +Y +Z", "-X -Y +Z"})
+    {
+        ASSERT_TRUE(surface.write(tmp.file("flat.f2g"), sim->getTracer(), GRID_FORMAT_F2G, order));
+        ASSERT_TRUE(sim->loadFlatteningFromFile(tmp.file("flat.f2g"))) << sim->getLastMessage();
+        for (int j = 0; j < surface.getNy(); ++j)
+            for (int i = 0; i < surface.getNx(); ++i)
+                ASSERT_DOUBLE_EQ(domain.getObject(i, j).get_flat_delta(), i + 1000. * j)
+                    << order << " at " << i << ", " << j;
+    }
+    // The model's own topography, saved and read back as the flattening surface.
+    sim->resetFlattening();
+    ASSERT_TRUE(sim->replaceTopoFromCst(12.5, SURF_ERODE_FILL, 8, false));
+    ASSERT_EQ(sim->newSequence(), MP_STATUS_OK) << sim->getLastMessage();
+    ASSERT_EQ(sim->run(30), MP_STATUS_OK) << sim->getLastMessage();
+    ASSERT_TRUE(sim->saveTopo(tmp.file("topo.f2g"), GRID_FORMAT_F2G, "+Y +X +Z"));
+    std::vector<double> tops;
+    for (int j = 0; j < domain.getNy(); ++j)
+        for (int i = 0; i < domain.getNx(); ++i)
+            tops.push_back(domain.getTopoGeo(i, j, false));
+    ASSERT_TRUE(sim->loadFlatteningFromFile(tmp.file("topo.f2g"))) << sim->getLastMessage();
+    const double low = *std::min_element(tops.begin(), tops.end());
+    for (int j = 0; j < domain.getNy(); ++j)
+        for (int i = 0; i < domain.getNx(); ++i)
+            ASSERT_NEAR(domain.getObject(i, j).get_flat_delta(), tops[j * domain.getNx() + i] - low, 1e-4)
+                << "at " << i << ", " << j;
+}
