@@ -9,7 +9,7 @@ own figure (measure.sh) is one cell of this table; this one says how much of
 it is the method and how much the wells drawn.
 
 Usage: realisations.py [--sarvo PATH] [--refs 1-20] [--seeds 777,1,2,3]
-                       [--relax PERCENT] [--work DIR]
+                       [--relax PERCENT] [--set KEY=VALUE ...] [--work DIR]
 """
 import argparse
 import os
@@ -47,11 +47,16 @@ def run(sarvo, workdir, batch_text):
     return done.stdout
 
 
-def batch(name, seed, **replace):
+def batch(name, seed, **settings):
+    """The example's batch with this seed; each setting replaces its key or,
+    when the batch has none, is added to its last sequence."""
     text = open(os.path.join(EXAMPLE, name)).read()
     text = re.sub(r'^SIM_SEED = .*$', 'SIM_SEED = %s' % seed, text, flags=re.M)
-    for key, value in replace.items():
-        text = re.sub(r'^%s = .*$' % key, '%s = %s' % (key, value), text, flags=re.M)
+    for key, value in settings.items():
+        line = '%s = %s' % (key, value)
+        text, found = re.subn(r'^%s = .*$' % key, line, text, flags=re.M)
+        if not found:
+            text = text.rstrip('\n') + '\n' + line + '\n'
     return text
 
 
@@ -69,12 +74,17 @@ def main():
     parser.add_argument('--refs', default='1-20')
     parser.add_argument('--seeds', default='777,1,2,3')
     parser.add_argument('--relax', default=None, help='COND_WELL_RELAX of the conditioned runs')
+    parser.add_argument('--set', action='append', default=[], metavar='KEY=VALUE',
+                        help='a keyword of the conditioned runs (repeatable)')
     parser.add_argument('--work', default=None)
     args = parser.parse_args()
     sarvo = os.path.abspath(args.sarvo)
     work = args.work or tempfile.mkdtemp()
     seeds = seed_list(args.seeds)
     replace = {} if args.relax is None else {'COND_WELL_RELAX': args.relax}
+    for setting in args.set:
+        key, value = setting.split('=', 1)
+        replace[key.strip()] = value.strip()
     totals = {'conditioned': [], 'free': []}
     print('reference floods  conditioned  free   (conditioned by seed %s)' % ','.join(seeds))
     for ref in seed_list(args.refs):
