@@ -41,6 +41,27 @@ template <typename Grid> Grid constant_on(const Domain& domain, double value)
 }
 } // namespace
 
+template <typename Action> bool Simulator::guardedAction(const std::string& name, Action action)
+{
+    const std::string prefix = "Simulator::" + name + " : ";
+    try
+    {
+        return action();
+    }
+    catch (const std::exception& e)
+    {
+        return fail(prefix + e.what(), false);
+    }
+    catch (const std::string& text)
+    {
+        return fail(prefix + text, false);
+    }
+    catch (...)
+    {
+        return fail(prefix + EXCEPTION_WITHOUT_TEXT, false);
+    }
+}
+
 void Simulator::countAsIteration(bool flag)
 {
     if (flag && ready(false))
@@ -136,31 +157,21 @@ bool Simulator::replaceTopo(const Topo& topo, int mode, int facies, bool flag)
 {
     if (!ready(true))
         return false;
-    try
-    {
-        countAsIteration(flag);
-        const double mean = topo.get_mean();
-        printout(text_of(mode == SURF_ERODE_BOTTOM ? "Erode up to given surface (mean="
-                                                   : "Replace topography (mean=",
-                         mean));
-        _network->clear_channel();
-        if (!_domain->load_topo(topo, mode, getAge(), static_cast<unsigned char>(facies)))
-            return fail(std::string("Cannot replace topography"), false);
-        _network->compute_pseudo_topo();
-        return true;
-    }
-    catch (const std::exception& e)
-    {
-        return fail(std::string("Simulator::replaceTopo : ") + e.what(), false);
-    }
-    catch (const std::string& text)
-    {
-        return fail("Simulator::replaceTopo : " + text, false);
-    }
-    catch (...)
-    {
-        return fail(std::string("Simulator::replaceTopo : ") + EXCEPTION_WITHOUT_TEXT, false);
-    }
+    return guardedAction(
+        "replaceTopo",
+        [&]()
+        {
+            countAsIteration(flag);
+            const double mean = topo.get_mean();
+            printout(text_of(mode == SURF_ERODE_BOTTOM ? "Erode up to given surface (mean="
+                                                       : "Replace topography (mean=",
+                             mean));
+            _network->clear_channel();
+            if (!_domain->load_topo(topo, mode, getAge(), static_cast<unsigned char>(facies)))
+                return fail(std::string("Cannot replace topography"), false);
+            _network->compute_pseudo_topo();
+            return true;
+        });
 }
 
 bool Simulator::replaceTopoFromCst(double value, int mode, int facies, bool flag)
@@ -260,29 +271,18 @@ bool Simulator::loadEMap(const EMap& map, bool flag)
 {
     if (!ready(true))
         return false;
-    try
-    {
-        countAsIteration(flag);
-        printout(text_of("Load erodibility map (mean=", map.get_mean()));
-        EMap converted(map);
-        if (!converted.convert(getDouble("EROD_COEF"), getDouble("EROD_OFFSET")))
-            return fail(std::string("Cannot convert erodibility map"), false);
-        if (!_domain->load_emap(converted))
-            return fail(std::string("Cannot load erodibility map"), false);
-        return true;
-    }
-    catch (const std::exception& e)
-    {
-        return fail(std::string("Simulator::replaceTopo : ") + e.what(), false);
-    }
-    catch (const std::string& text)
-    {
-        return fail("Simulator::replaceTopo : " + text, false);
-    }
-    catch (...)
-    {
-        return fail(std::string("Simulator::replaceTopo : ") + EXCEPTION_WITHOUT_TEXT, false);
-    }
+    return guardedAction("replaceTopo",
+                         [&]()
+                         {
+                             countAsIteration(flag);
+                             printout(text_of("Load erodibility map (mean=", map.get_mean()));
+                             EMap converted(map);
+                             if (!converted.convert(getDouble("EROD_COEF"), getDouble("EROD_OFFSET")))
+                                 return fail(std::string("Cannot convert erodibility map"), false);
+                             if (!_domain->load_emap(converted))
+                                 return fail(std::string("Cannot load erodibility map"), false);
+                             return true;
+                         });
 }
 
 bool Simulator::loadEMapFromCst(double value, bool flag)
@@ -351,27 +351,16 @@ bool Simulator::loadUpperLimit(const Topo& topo, int type)
 {
     if (!ready(true))
         return false;
-    try
-    {
-        printout(text_of("Load upper limit (mean=", topo.get_mean()));
-        if (!_domain->load_zul(topo))
-            return fail(std::string("Cannot load upper limit"), false);
-        _upperLimit = topo;
-        _parameters->setParamInt("ZUL_TYPE", type);
-        return true;
-    }
-    catch (const std::exception& e)
-    {
-        return fail(std::string("Simulator::loadUpperLimit : ") + e.what(), false);
-    }
-    catch (const std::string& text)
-    {
-        return fail("Simulator::loadUpperLimit : " + text, false);
-    }
-    catch (...)
-    {
-        return fail(std::string("Simulator::loadUpperLimit : ") + EXCEPTION_WITHOUT_TEXT, false);
-    }
+    return guardedAction("loadUpperLimit",
+                         [&]()
+                         {
+                             printout(text_of("Load upper limit (mean=", topo.get_mean()));
+                             if (!_domain->load_zul(topo))
+                                 return fail(std::string("Cannot load upper limit"), false);
+                             _upperLimit = topo;
+                             _parameters->setParamInt("ZUL_TYPE", type);
+                             return true;
+                         });
 }
 
 bool Simulator::loadUpperLimitFromCst(double value, int type)
@@ -411,26 +400,15 @@ bool Simulator::loadTectoMap(const TectoMap& map)
 {
     if (!ready(true))
         return false;
-    try
-    {
-        printout(text_of("Load tectonic deformation map (mean=", map.get_mean()));
-        if (!_domain->load_tecto(map))
-            return fail(std::string("Cannot load tectonic deformation map"), false);
-        _tectoActive = true;
-        return true;
-    }
-    catch (const std::exception& e)
-    {
-        return fail(std::string("Simulator::loadTectoMap : ") + e.what(), false);
-    }
-    catch (const std::string& text)
-    {
-        return fail("Simulator::loadTectoMap : " + text, false);
-    }
-    catch (...)
-    {
-        return fail(std::string("Simulator::loadTectoMap : ") + EXCEPTION_WITHOUT_TEXT, false);
-    }
+    return guardedAction("loadTectoMap",
+                         [&]()
+                         {
+                             printout(text_of("Load tectonic deformation map (mean=", map.get_mean()));
+                             if (!_domain->load_tecto(map))
+                                 return fail(std::string("Cannot load tectonic deformation map"), false);
+                             _tectoActive = true;
+                             return true;
+                         });
 }
 
 void Simulator::resetTectoMap()
@@ -458,28 +436,17 @@ bool Simulator::loadFlattening(const Topo& topo)
 {
     if (!ready(true))
         return false;
-    try
-    {
-        printout(text_of("Load flattening surface (mean=", topo.get_mean()));
-        Topo migrated(_domain->getGridParams());
-        if (!migrated.migrate(topo, true, true, _tracer.get()))
-            return fail(std::string("Cannot migrate flattening surface"), false);
-        _flattening = migrated;
-        _domain->updateFlattening();
-        return true;
-    }
-    catch (const std::exception& e)
-    {
-        return fail(std::string("Simulator::loadFlattening : ") + e.what(), false);
-    }
-    catch (const std::string& text)
-    {
-        return fail("Simulator::loadFlattening : " + text, false);
-    }
-    catch (...)
-    {
-        return fail(std::string("Simulator::loadFlattening : ") + EXCEPTION_WITHOUT_TEXT, false);
-    }
+    return guardedAction("loadFlattening",
+                         [&]()
+                         {
+                             printout(text_of("Load flattening surface (mean=", topo.get_mean()));
+                             Topo migrated(_domain->getGridParams());
+                             if (!migrated.migrate(topo, true, true, _tracer.get()))
+                                 return fail(std::string("Cannot migrate flattening surface"), false);
+                             _flattening = migrated;
+                             _domain->updateFlattening();
+                             return true;
+                         });
 }
 
 bool Simulator::getFlatteningMinMax(double& zmin, double& zmax) const
