@@ -193,6 +193,7 @@ public:
 
 private:
     void compute_corners();
+    template <typename Visit> void for_each_border_node(Visit visit) const;
     double flattening_reference() const;
     bool flattening_value(int i, int j, double& value) const;
     double topo_value(bool rel, bool with_water, int i, int j) const;

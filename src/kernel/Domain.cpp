@@ -201,16 +201,9 @@ void Domain::compute_corners()
 // ---------------------------------------------------------------------------
 // Border extremes
 
-void Domain::compute_border_zmin()
+// Every node of the first and last rows and columns (corners twice).
+template <typename Visit> void Domain::for_each_border_node(Visit visit) const
 {
-    _zmin_border = MP_MAX_REAL_VALUE;
-    _zmin_border_altered = MP_MAX_REAL_VALUE;
-    auto visit = [this](int i, int j)
-    {
-        const DepositionSet& ds = getObject(i, j);
-        _zmin_border = std::min(_zmin_border, ds.get_topo_rel(true));
-        _zmin_border_altered = std::min(_zmin_border_altered, ds.get_topo_altered());
-    };
     for (int i = 0; i < _nx; ++i)
     {
         visit(i, 0);
@@ -223,6 +216,19 @@ void Domain::compute_border_zmin()
     }
 }
 
+void Domain::compute_border_zmin()
+{
+    _zmin_border = MP_MAX_REAL_VALUE;
+    _zmin_border_altered = MP_MAX_REAL_VALUE;
+    auto visit = [this](int i, int j)
+    {
+        const DepositionSet& ds = getObject(i, j);
+        _zmin_border = std::min(_zmin_border, ds.get_topo_rel(true));
+        _zmin_border_altered = std::min(_zmin_border_altered, ds.get_topo_altered());
+    };
+    for_each_border_node(visit);
+}
+
 void Domain::compute_border_zmax()
 {
     _zmax_border = MP_MIN_REAL_VALUE;
@@ -233,16 +239,7 @@ void Domain::compute_border_zmax()
         _zmax_border = std::max(_zmax_border, ds.get_topo_rel(true));
         _zmax_border_altered = std::max(_zmax_border_altered, ds.get_topo_altered());
     };
-    for (int i = 0; i < _nx; ++i)
-    {
-        visit(i, 0);
-        visit(i, _ny - 1);
-    }
-    for (int j = 0; j < _ny; ++j)
-    {
-        visit(0, j);
-        visit(_nx - 1, j);
-    }
+    for_each_border_node(visit);
 }
 
 // ---------------------------------------------------------------------------
