@@ -277,6 +277,7 @@ public:
     // -- end network support --
 
 private:
+    void collect_grid_points(const GridParams& geom, std::vector<ChannelGridPoint>& out, bool full) const;
     void init_scalars(const Channel& other);
     void init_points(const std::vector<Point3D>& points);
     // Rejects a chain too short to be a channel.

@@ -282,28 +282,17 @@ void Channel::find_grid_points_for_section(const ChannelPoint* cp1, const Channe
 
 void Channel::find_grid_points(const GridParams& geom, std::vector<ChannelGridPoint>& out) const
 {
-    out.clear();
-    if (_first == nullptr)
-        return;
-    std::vector<std::pair<int, int>> cells;
-    for (const ChannelPoint* cp = _first->next(); cp != nullptr; cp = cp->next())
-    {
-        const ChannelPoint* prev = cp->prev();
-        find_grid_points_for_section(prev, cp, geom, cells);
-        for (const auto& cell : cells)
-        {
-            const Point2D position =
-                Point2D(cell.first * geom.getDx(), cell.second * geom.getDy()) + geom.getOrigin();
-            ChannelGridPoint point(_mc);
-            point.ix = cell.first;
-            point.iy = cell.second;
-            point.z = get_elevation_at_point(position, prev, cp);
-            out.push_back(point);
-        }
-    }
+    collect_grid_points(geom, out, false);
 }
 
 void Channel::find_grid_points_new(const GridParams& geom, std::vector<ChannelGridPoint>& out) const
+{
+    collect_grid_points(geom, out, true);
+}
+
+// The nodes under each section with the channel's elevation there; `full`
+// adds the bed, the curvature, the flow and the side.
+void Channel::collect_grid_points(const GridParams& geom, std::vector<ChannelGridPoint>& out, bool full) const
 {
     out.clear();
     if (_first == nullptr)
@@ -321,10 +310,13 @@ void Channel::find_grid_points_new(const GridParams& geom, std::vector<ChannelGr
             point.ix = cell.first;
             point.iy = cell.second;
             point.z = get_elevation_at_point(position, prev, cp);
-            point.bed = get_bed_elevation_at_point(position, prev, cp);
-            point.curvature = get_curvature_at_point(position, prev, cp);
-            point.flow = get_flow_at_point(position, prev, cp);
-            point.side = point_at_outer_side(position, prev, cp);
+            if (full)
+            {
+                point.bed = get_bed_elevation_at_point(position, prev, cp);
+                point.curvature = get_curvature_at_point(position, prev, cp);
+                point.flow = get_flow_at_point(position, prev, cp);
+                point.side = point_at_outer_side(position, prev, cp);
+            }
             out.push_back(point);
         }
     }
