@@ -239,6 +239,9 @@ public:
     // -- end events --
 
 private:
+    bool install_channel(const std::vector<Point3D>& points);
+    // Traces the error of a failed channel creation; answers false.
+    bool creation_failed(const std::string& text) const;
     void delete_channel();
     void fill_grid_points(std::vector<ChannelGridPoint>& out) const;
     bool complete_end(Channel* channel, bool upstream);

@@ -192,24 +192,16 @@ bool Network::load_centerline(const Centerline& centerline)
             p.set_elevation(_domain->get_topo_extrapolated(true, true, static_cast<int>(g.get_abscissa()),
                                                            static_cast<int>(g.get_ordinate())));
         }
-        Channel* channel = new Channel(_mc, points);
-        clear_channel();
-        _ch = channel;
-        manage_extremities(_ch);
-        channel_just_created();
-        return true;
+        return install_channel(points);
     }
     catch (const std::bad_alloc&)
     {
-        if (_tracer != nullptr)
-            _tracer->error("Memory problem creating the centerline!");
+        return creation_failed("Memory problem creating the centerline!");
     }
     catch (const std::string& text)
     {
-        if (_tracer != nullptr)
-            _tracer->error(text);
+        return creation_failed(text);
     }
-    return false;
 }
 
 bool Network::load_centerline(const Point2D& point)
@@ -266,23 +258,33 @@ bool Network::load_centerline(const Point2D& point)
                 points.push_back(Point3D(*cp, cp->get_elevation()));
         delete_chain(down);
         delete_chain(up);
-        Channel* channel = new Channel(_mc, points);
-        clear_channel();
-        _ch = channel;
-        manage_extremities(_ch);
-        channel_just_created();
-        return true;
+        return install_channel(points);
     }
     catch (const std::bad_alloc&)
     {
-        if (_tracer != nullptr)
-            _tracer->error("Memory problem creating the centerline!");
+        return creation_failed("Memory problem creating the centerline!");
     }
     catch (const std::string& text)
     {
-        if (_tracer != nullptr)
-            _tracer->error(text);
+        return creation_failed(text);
     }
+}
+
+// Replaces the channel by one through these points, its ends held at the margins.
+bool Network::install_channel(const std::vector<Point3D>& points)
+{
+    Channel* channel = new Channel(_mc, points);
+    clear_channel();
+    _ch = channel;
+    manage_extremities(_ch);
+    channel_just_created();
+    return true;
+}
+
+bool Network::creation_failed(const std::string& text) const
+{
+    if (_tracer != nullptr)
+        _tracer->error(text);
     return false;
 }
 
