@@ -1,5 +1,6 @@
 #include "kernel/NewJournalFile.h"
 
+#include "JournalSupport.h"
 #include "interface/iDomain.h"
 #include "interface/iParameters.h"
 #include "interface/iSimulator.h"
@@ -21,23 +22,11 @@
 
 namespace
 {
+using journal_support::int_text;
+using journal_support::is_set;
+using journal_support::LAST_FACIES_FAMILY;
 
 constexpr const char* DEFAULT_ORDER = "+Y +X +Z";
-constexpr int LAST_FACIES_FAMILY = 13;
-
-bool is_set(int value)
-{
-    return value != MP_UNDEF_INT;
-}
-bool is_set(double value)
-{
-    return value != MP_UNDEF_REAL;
-}
-
-std::string int_text(int value)
-{
-    return std::to_string(value);
-}
 
 // Name of the file without its extension, directory kept.
 std::string strip_extension(const std::string& path)

@@ -1,5 +1,6 @@
 #include "kernel/NewJournalSequence.h"
 
+#include "JournalSupport.h"
 #include "interface/iDomain.h"
 #include "interface/iParameters.h"
 #include "interface/iSimulator.h"
@@ -21,27 +22,15 @@
 
 namespace
 {
+using journal_support::int_text;
+using journal_support::is_set;
+using journal_support::LAST_FACIES_FAMILY;
 
-constexpr int LAST_FACIES_FAMILY = 13;
 constexpr int LAST_ZUL_TYPE = 3;
 // With this kind of upper limit the erodibility is built from the limit itself.
 constexpr int ZUL_STRATIGRAPHIC = 3;
 constexpr int DEFAULT_ZUL_TYPE = 1;
 constexpr int NB_SED_CLASSES = 15;
-
-bool is_set(int value)
-{
-    return value != MP_UNDEF_INT;
-}
-bool is_set(double value)
-{
-    return value != MP_UNDEF_REAL;
-}
-
-std::string int_text(int value)
-{
-    return std::to_string(value);
-}
 
 bool in_list(const std::string& key, std::initializer_list<const char*> names)
 {
