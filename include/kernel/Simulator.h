@@ -235,10 +235,10 @@ private:
     void printout(const std::string& text) const;
     // Store the failure, trace it as an error and answer `result`.
     bool fail(const std::string& text, bool result) const;
+    int fail(const std::string& text, int result) const;
     // Runs an action of the model's surfaces and maps, turning whatever it
     // throws into the failure "Simulator::<name> : <what it said>".
     template <typename Action> bool guardedAction(const std::string& name, Action action);
-    int fail(const std::string& text, int result) const;
     bool notAvailable(const std::string& operation) const;
     TimeProcessParamType processParams(const std::string& type, const std::string& period,
                                        const std::string& poisson) const;
