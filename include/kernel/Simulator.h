@@ -328,7 +328,7 @@ private:
     bool registerWell(std::unique_ptr<Well> well, bool followColumn);
     // Removes one well, its linked wells staying on the column.
     void unregisterWell(Well* well);
-    // Drops the wells that the map no longer names (after clear).
+    // Loads one vertical piece of a log as a well; the further pieces of a deviated log go to `others`.
     bool addOneWell(const Core& core, const std::string& name, int number, CoreList* others);
     bool wellCell(const Well& well, int& i, int& j) const;
     std::string wellInfos(const Well& well) const;
