@@ -3,6 +3,7 @@
 // its bottom lies.
 
 #include "kernel/Constants.h"
+#include "kernel/Facies.h"
 #include "kernel/Point2D.h"
 
 #include <string>
@@ -50,7 +51,7 @@ public:
     const std::string& getAttributeName() const { return _attributeName; }
     bool hasAttributeValue() const { return _attributeValue != MP_UNDEF_REAL; }
     // Sands: channel lag, point bar, sand plug and crevasse splay I.
-    bool isSand() const { return _facies >= 1 && _facies <= 4; }
+    bool isSand() const { return Facies::is_sand(_facies); }
 
     // The setters take the value as given: thin remainders of a cut stay thin.
     void setFacies(unsigned char facies) { _facies = facies; }
