@@ -243,6 +243,8 @@ private:
     // Traces the error of a failed channel creation; answers false.
     bool creation_failed(const std::string& text) const;
     void delete_channel();
+    // The points of a course found from an entry node (grid path, relative frame out).
+    std::vector<Point3D> course_points(const PairTopoIndex& entry, const std::vector<Point3D>& path) const;
     void fill_grid_points(std::vector<ChannelGridPoint>& out) const;
     bool complete_end(Channel* channel, bool upstream);
     // Whether `p` (relative frame) lies beyond the upstream (downstream) margin line.

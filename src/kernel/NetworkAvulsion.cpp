@@ -487,17 +487,14 @@ bool Network::regional_avulsion(double scale)
             continue;
         }
 
-        ChannelPoint* head =
-            new ChannelPoint(_mc, proportions, width,
-                             Point3D(_domain->grid2Rel(entry.ix, entry.iy),
-                                     _domain->get_topo_extrapolated(true, true, entry.ix, entry.iy)),
-                             nullptr, nullptr);
-        ChannelPoint* last = head;
-        for (const Point3D& p : path)
-            last = new ChannelPoint(
-                _mc, proportions, width,
-                Point3D(_domain->grid2Rel(p.get_abscissa(), p.get_ordinate()), p.get_elevation()), last,
-                nullptr);
+        ChannelPoint* head = nullptr;
+        ChannelPoint* last = nullptr;
+        for (const Point3D& p : course_points(entry, path))
+        {
+            last = new ChannelPoint(_mc, proportions, width, p, last, nullptr);
+            if (head == nullptr)
+                head = last;
+        }
         Channel* channel = new Channel(_mc, *_ch, head);
         AddPlug plug = ADD_PLUG_NONE;
         if (cutoff)

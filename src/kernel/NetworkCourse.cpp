@@ -51,12 +51,7 @@ bool Network::construct_steepest_channel()
         if (_domain->find_steepest(nullptr, _uniform, entry.ix, entry.iy, ix, iy, join, path, error, hmax,
                                    false))
         {
-            std::vector<Point3D> points;
-            points.reserve(path.size() + 1);
-            points.emplace_back(_domain->grid2Rel(entry.ix, entry.iy),
-                                _domain->get_topo_extrapolated(true, true, entry.ix, entry.iy));
-            for (const Point3D& p : path)
-                points.emplace_back(_domain->grid2Rel(p.get_abscissa(), p.get_ordinate()), p.get_elevation());
+            const std::vector<Point3D> points = course_points(entry, path);
             if (_ch != nullptr)
                 delete_channel();
             _ch = new Channel(_mc, points);
@@ -71,6 +66,18 @@ bool Network::construct_steepest_channel()
     }
     _tracer->info("   Steepest Channel Creation Failed !!!");
     return false;
+}
+
+std::vector<Point3D> Network::course_points(const PairTopoIndex& entry,
+                                            const std::vector<Point3D>& path) const
+{
+    std::vector<Point3D> points;
+    points.reserve(path.size() + 1);
+    points.emplace_back(_domain->grid2Rel(entry.ix, entry.iy),
+                        _domain->get_topo_extrapolated(true, true, entry.ix, entry.iy));
+    for (const Point3D& p : path)
+        points.emplace_back(_domain->grid2Rel(p.get_abscissa(), p.get_ordinate()), p.get_elevation());
+    return points;
 }
 
 // `to` and `direction` are grid nodes: the start of the walk and its first
