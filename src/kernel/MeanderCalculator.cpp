@@ -1024,15 +1024,18 @@ void warn_if_out_of_reach(iTracer* tracer, const MeanderCalculator& mc, double s
 
 // The net to gross is what a reservoir is judged by, the index only a shape:
 // when the abandoned channels alone would bring more mud than the net to gross
-// allows, the avulsions are spaced out to the smallest index that can deliver
-// it. Returns the index in force.
+// allows, the avulsions are spaced out. Both asked values are honoured
+// halfway: the index is raised only to the smallest that delivers the net to
+// gross less SAND_GIVEN_FOR_ISBX, so that a lower index asked still gives
+// closer avulsions than a higher one. Returns the index in force.
 double isbx_for_sand(iParameters* p, iTracer* tracer, const MeanderCalculator& mc, double isbx, double sand)
 {
     set_avulsion_periods(p, mc, isbx);
-    if (fines_needed(mc, p, sand) >= 0.)
+    const double reachable = sand - MeanderCalculator::SAND_GIVEN_FOR_ISBX;
+    if (reachable <= 0. || fines_needed(mc, p, reachable) >= 0.)
         return isbx;
     set_avulsion_periods(p, mc, MeanderCalculator::MAX_ISBX);
-    if (fines_needed(mc, p, sand) < 0.)
+    if (fines_needed(mc, p, reachable) < 0.)
         return MeanderCalculator::MAX_ISBX;
     double lo = isbx;
     double hi = MeanderCalculator::MAX_ISBX;
@@ -1040,14 +1043,14 @@ double isbx_for_sand(iParameters* p, iTracer* tracer, const MeanderCalculator& m
     {
         const double mid = 0.5 * (lo + hi);
         set_avulsion_periods(p, mc, mid);
-        (fines_needed(mc, p, sand) >= 0. ? hi : lo) = mid;
+        (fines_needed(mc, p, reachable) >= 0. ? hi : lo) = mid;
     }
     set_avulsion_periods(p, mc, hi);
     if (tracer != nullptr && tracer->traceLevel(TRACE_WARNING))
         tracer->warning("Sand bodies extension index raised from " + text(isbx) + " to " +
                         text(std::round(hi)) +
                         ": below it the abandoned channels bring more mud than a net to gross of " +
-                        text(100. * sand) + " % allows");
+                        text(100. * reachable) + " % allows");
     return hi;
 }
 } // namespace
