@@ -374,18 +374,7 @@ bool NewJournalFile::bad_value(const std::string& value)
 
 bool NewJournalFile::allowed(const std::string& key, Gate gate) const
 {
-    const iParameters* params = _simulator->getParameters();
-    if (gate == GATE_NOT_FREE && params->usingFree())
-    {
-        _simulator->getTracer()->error(key + " keyword is not available in Free version");
-        return false;
-    }
-    if (gate == GATE_RESEARCH && !params->usingResearch())
-    {
-        _simulator->getTracer()->error(key + " keyword is only authorized for our research partners");
-        return false;
-    }
-    return true;
+    return journal_support::tier_allows(_simulator, key, gate == GATE_NOT_FREE, gate == GATE_RESEARCH);
 }
 
 bool NewJournalFile::read_keyword(const std::string& key, const std::string& value, const std::string& line)

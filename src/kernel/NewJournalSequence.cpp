@@ -167,18 +167,7 @@ bool NewJournalSequence::load(std::istream& stream, std::string& line, int index
 
 bool NewJournalSequence::allowed(const std::string& key, Gate gate) const
 {
-    const iParameters* params = _simulator->getParameters();
-    if (gate == GATE_NOT_FREE && params->usingFree())
-    {
-        _simulator->getTracer()->error(key + " keyword is not available in Free version");
-        return false;
-    }
-    if (gate == GATE_RESEARCH && !params->usingResearch())
-    {
-        _simulator->getTracer()->error(key + " keyword is only authorized for our research partners");
-        return false;
-    }
-    return true;
+    return journal_support::tier_allows(_simulator, key, gate == GATE_NOT_FREE, gate == GATE_RESEARCH);
 }
 
 bool NewJournalSequence::allowed_group(const std::string& key) const
