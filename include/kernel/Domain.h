@@ -194,6 +194,11 @@ public:
 private:
     void compute_corners();
     template <typename Visit> void for_each_border_node(Visit visit) const;
+    // Mean over the columns of a window of what `thickness(column, zmin, zmax)`
+    // measures between two geographic elevations (1e30: the block's own).
+    template <typename Thickness>
+    double mean_window_thickness(int imin, int imax, int jmin, int jmax, double zmin, double zmax,
+                                 Thickness thickness) const;
     double flattening_reference() const;
     bool flattening_value(int i, int j, double& value) const;
     double topo_value(bool rel, bool with_water, int i, int j) const;

@@ -390,7 +390,9 @@ double overlap(double a0, double a1, double b0, double b1)
 }
 } // namespace
 
-double Domain::volume1D(int imin, int imax, int jmin, int jmax, double zmin, double zmax) const
+template <typename Thickness>
+double Domain::mean_window_thickness(int imin, int imax, int jmin, int jmax, double zmin, double zmax,
+                                     Thickness thickness) const
 {
     if (!isValid(imin, jmin) || !isValid(imax, jmax) || imin > imax || jmin > jmax)
     {
@@ -403,32 +405,24 @@ double Domain::volume1D(int imin, int imax, int jmin, int jmax, double zmin, dou
     double sum = 0.;
     for (int j = jmin; j <= jmax; ++j)
         for (int i = imin; i <= imax; ++i)
-        {
-            const DepositionSet& ds = getObject(i, j);
-            sum += overlap(ds.get_zbot_geo(), ds.get_ztop_geo(), zmin, zmax);
-        }
+            sum += thickness(getObject(i, j), zmin, zmax);
     return sum / ((imax - imin + 1) * (jmax - jmin + 1));
+}
+
+double Domain::volume1D(int imin, int imax, int jmin, int jmax, double zmin, double zmax) const
+{
+    return mean_window_thickness(imin, imax, jmin, jmax, zmin, zmax,
+                                 [](const DepositionSet& ds, double z0, double z1)
+                                 { return overlap(ds.get_zbot_geo(), ds.get_ztop_geo(), z0, z1); });
 }
 
 double Domain::volume1D(const Facies& facies, int imin, int imax, int jmin, int jmax, double zmin,
                         double zmax) const
 {
-    if (!isValid(imin, jmin) || !isValid(imax, jmax) || imin > imax || jmin > jmax)
-    {
-        error("Wrong indices!");
-        error("Error in volume1D!");
-        return 0.;
-    }
-    if (!ordered_limits(*this, zmin, zmax))
-        return 0.;
-    double sum = 0.;
-    for (int j = jmin; j <= jmax; ++j)
-        for (int i = imin; i <= imax; ++i)
-        {
-            const DepositionSet& ds = getObject(i, j);
-            sum += ds.cumulative_thickness(facies, ds.geo_to_rel(zmin), ds.geo_to_rel(zmax));
-        }
-    return sum / ((imax - imin + 1) * (jmax - jmin + 1));
+    return mean_window_thickness(
+        imin, imax, jmin, jmax, zmin, zmax,
+        [&facies](const DepositionSet& ds, double z0, double z1)
+        { return ds.cumulative_thickness(facies, ds.geo_to_rel(z0), ds.geo_to_rel(z1)); });
 }
 
 double Domain::volume1D(double zmin, double zmax) const
