@@ -97,18 +97,8 @@ private:
     std::vector<std::string> _fields;
 };
 
-// The whole text is one real.
-bool full_real(const std::string& text, double& value)
-{
-    std::istringstream in(text);
-    in >> value;
-    if (in.fail())
-        return false;
-    in >> std::ws;
-    return in.eof();
-}
-
-bool full_int(const std::string& text, int& value)
+// The whole text is one number.
+template <typename Number> bool full_number(const std::string& text, Number& value)
 {
     std::istringstream in(text);
     in >> value;
@@ -481,7 +471,7 @@ bool Core::_read_flw_sample(InDataFile& file, const std::string& path, int attri
     if (_standardFacies)
     {
         int facies = 0;
-        if (!hasAttribute || !full_int(attribute, facies))
+        if (!hasAttribute || !full_number(attribute, facies))
             return fail("Error: facies is not an integer in file " + where);
         if (facies < 0 || facies > CoreSample::MP_MAX_FACIES_ID)
             return fail("Error: facies id out of range in file " + where);
@@ -710,7 +700,7 @@ bool Core::_read_las_facies(const std::string& path, LASFaciesList& list) const
     auto emit = [&](double bottom)
     {
         double value = MP_UNDEF_REAL;
-        const bool numeric = full_real(pendingAttribute, value);
+        const bool numeric = full_number(pendingAttribute, value);
         CoreSampleTags tags;
         if (numeric && std::fabs(value - list.nullValue) < MP_EPSILON)
         {
