@@ -7,6 +7,9 @@
 #include "interface/iSimulator.h"
 #include "interface/iTracer.h"
 #include "kernel/Constants.h"
+#include "kernel/NewJournalFile.h"
+
+#include <istream>
 
 #include <string>
 
@@ -41,6 +44,34 @@ inline bool tier_allows(iSimulator* simulator, const std::string& key, bool notI
         simulator->getTracer()->error(key + " keyword is only authorized for our research partners");
         return false;
     }
+    return true;
+}
+
+// Reads keyword lines, each handed to `read(key, value, line)`, up to the next
+// section marker (left in `line`) or the end of the file (`line` empty).
+// False when the stream broke.
+template <typename Read>
+bool read_section(std::istream& stream, std::string& line, iTracer* tracer, Read read)
+{
+    while (NewJournalFile::nextLine(stream, line, tracer))
+    {
+        if (NewJournalFile::isMarker(line))
+            return true;
+        std::string key;
+        std::string value;
+        if (!NewJournalFile::splitLine(line, key, value))
+        {
+            tracer->warning("Bad formated line ignored: " + line);
+            continue;
+        }
+        read(key, value, line);
+    }
+    if (stream.bad())
+    {
+        tracer->error("Error reading batch file (not good)");
+        return false;
+    }
+    line.clear();
     return true;
 }
 

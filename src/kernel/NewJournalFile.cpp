@@ -327,32 +327,10 @@ bool NewJournalFile::loadGlobal(const std::string& path, std::istream& stream, s
     iTracer* tracer = _simulator->getTracer();
     tracer->info("Loading global parameters");
     _failed = false;
-    bool marker = false;
-    while (nextLine(stream, line, tracer))
-    {
-        if (isMarker(line))
-        {
-            marker = true;
-            break;
-        }
-        std::string key;
-        std::string value;
-        if (!splitLine(line, key, value))
-        {
-            tracer->warning("Bad formated line ignored: " + line);
-            continue;
-        }
-        read_keyword(key, value, line);
-    }
-    if (!marker)
-    {
-        if (stream.bad())
-        {
-            tracer->error("Error reading batch file (not good)");
-            return false;
-        }
-        line.clear();
-    }
+    if (!journal_support::read_section(stream, line, tracer,
+                                       [this](const std::string& key, const std::string& value,
+                                              const std::string& text) { read_keyword(key, value, text); }))
+        return false;
     if (_failed)
         return false;
     set_defaults();

@@ -128,32 +128,10 @@ bool NewJournalSequence::load(std::istream& stream, std::string& line, int index
     _index = index;
     _first = first;
     tracer->info("Loading Sequence # " + int_text(index));
-    bool marker = false;
-    while (NewJournalFile::nextLine(stream, line, tracer))
-    {
-        if (NewJournalFile::isMarker(line))
-        {
-            marker = true;
-            break;
-        }
-        std::string key;
-        std::string value;
-        if (!NewJournalFile::splitLine(line, key, value))
-        {
-            tracer->warning("Bad formated line ignored: " + line);
-            continue;
-        }
-        read_keyword(key, value, line);
-    }
-    if (!marker)
-    {
-        if (stream.bad())
-        {
-            tracer->error("Error reading batch file (not good)");
-            return false;
-        }
-        line.clear();
-    }
+    if (!journal_support::read_section(stream, line, tracer,
+                                       [this](const std::string& key, const std::string& value,
+                                              const std::string& text) { read_keyword(key, value, text); }))
+        return false;
     if (_hasEmapFile && _zulType == ZUL_STRATIGRAPHIC)
     {
         tracer->warning("EMap file will be ignored because upper limit is stratigraphic");
