@@ -167,8 +167,9 @@ def markdown(rows, iterations, seeds, seconds, sarvo):
                 max(run_errors), sum(run_errors) / len(run_errors), runs_within, len(run_errors), NTG_TARGET)]
     if raised:
         out.append("- %d requests ask for more sand than the abandoned channels of the index asked leave room for: "
-                   "the inference raised their index to the smallest that can give it (it warns \"Sand bodies "
-                   "extension index raised from ...\"): %s." % (len(raised), "; ".join(
+                   "the inference raised their index towards the smallest that can give it, keeping their order and "
+                   "giving up at most 5 points of net to gross (it warns \"Sand bodies extension index raised from "
+                   "...\"): %s." % (len(raised), "; ".join(
                        "depth %g m, NTG %g, ISBX %g to %.0f" % (r["depth"], r["sand"], r["isbx_asked"],
                                                                 r["forecast_isbx"]) for r in raised)))
     if len(reachable) < len(rows):

@@ -137,8 +137,8 @@ public:
     static constexpr double MAX_ISBX = 200.;
     static constexpr double MIN_SAND = 0.05;
     static constexpr double MAX_SAND = 0.95;
-    // Net to gross an index asked below what the net to gross allows may cost
-    // before the inference raises it (fraction).
+    // Net to gross that the lowest index asked below what the net to gross
+    // allows may cost (fraction).
     static constexpr double SAND_GIVEN_FOR_ISBX = 0.05;
     // Range of widths migrated between avulsions the forecasts extrapolate to.
     static constexpr double MIN_WIDTHS = 0.05;

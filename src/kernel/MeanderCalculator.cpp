@@ -1022,36 +1022,51 @@ void warn_if_out_of_reach(iTracer* tracer, const MeanderCalculator& mc, double s
                     text(std::round(1000. * forecast) / 10.) + " %");
 }
 
-// The net to gross is what a reservoir is judged by, the index only a shape:
-// when the abandoned channels alone would bring more mud than the net to gross
-// allows, the avulsions are spaced out. Both asked values are honoured
-// halfway: the index is raised only to the smallest that delivers the net to
-// gross less SAND_GIVEN_FOR_ISBX, so that a lower index asked still gives
-// closer avulsions than a higher one. Returns the index in force.
-double isbx_for_sand(iParameters* p, iTracer* tracer, const MeanderCalculator& mc, double isbx, double sand)
+// The smallest index from `lo` up whose abandoned channels leave room for a
+// net to gross of `sand` (MAX_ISBX when none does); fines_needed falls as the
+// avulsions are spaced out, so a bisection finds it.
+double smallest_isbx_for(iParameters* p, const MeanderCalculator& mc, double lo, double sand)
 {
-    set_avulsion_periods(p, mc, isbx);
-    const double reachable = sand - MeanderCalculator::SAND_GIVEN_FOR_ISBX;
-    if (reachable <= 0. || fines_needed(mc, p, reachable) >= 0.)
-        return isbx;
-    set_avulsion_periods(p, mc, MeanderCalculator::MAX_ISBX);
-    if (fines_needed(mc, p, reachable) < 0.)
-        return MeanderCalculator::MAX_ISBX;
-    double lo = isbx;
+    set_avulsion_periods(p, mc, lo);
+    if (sand <= 0. || fines_needed(mc, p, sand) >= 0.)
+        return lo;
     double hi = MeanderCalculator::MAX_ISBX;
+    set_avulsion_periods(p, mc, hi);
+    if (fines_needed(mc, p, sand) < 0.)
+        return hi;
     while (hi - lo > ISBX_SEARCH_STEP)
     {
         const double mid = 0.5 * (lo + hi);
         set_avulsion_periods(p, mc, mid);
-        (fines_needed(mc, p, reachable) >= 0. ? hi : lo) = mid;
+        (fines_needed(mc, p, sand) >= 0. ? hi : lo) = mid;
     }
-    set_avulsion_periods(p, mc, hi);
+    return hi;
+}
+
+// The net to gross is what a reservoir is judged by, the index only a shape:
+// when the abandoned channels of the index asked bring more mud than the net
+// to gross allows, the avulsions are spaced out. Raising every such request
+// to that floor would give them all one index, so the requests below it are
+// spread over the indices from the floor of the net to gross less
+// SAND_GIVEN_FOR_ISBX up to the floor: a lower index asked still gives closer
+// avulsions, and costs at most that much net to gross. Returns the index in
+// force, its avulsion periods set.
+double isbx_for_sand(iParameters* p, iTracer* tracer, const MeanderCalculator& mc, double isbx, double sand)
+{
+    const double floor = smallest_isbx_for(p, mc, isbx, sand);
+    if (floor <= isbx)
+        return isbx;
+    const double lowest =
+        smallest_isbx_for(p, mc, MeanderCalculator::MIN_ISBX, sand - MeanderCalculator::SAND_GIVEN_FOR_ISBX);
+    const double share = (isbx - MeanderCalculator::MIN_ISBX) / (floor - MeanderCalculator::MIN_ISBX);
+    const double chosen = lowest + (floor - lowest) * share;
+    set_avulsion_periods(p, mc, chosen);
     if (tracer != nullptr && tracer->traceLevel(TRACE_WARNING))
         tracer->warning("Sand bodies extension index raised from " + text(isbx) + " to " +
-                        text(std::round(hi)) +
-                        ": below it the abandoned channels bring more mud than a net to gross of " +
-                        text(100. * reachable) + " % allows");
-    return hi;
+                        text(round_to(chosen, 10.)) + ": below " + text(round_to(floor, 10.)) +
+                        " the abandoned channels bring more mud than a net to gross of " + text(100. * sand) +
+                        " % allows");
+    return chosen;
 }
 } // namespace
 
