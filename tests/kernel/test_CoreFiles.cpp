@@ -11,6 +11,7 @@
 
 #include <cmath>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -89,6 +90,34 @@ std::string replaced(std::string text, const std::string& from, const std::strin
     if (at != std::string::npos)
         text.replace(at, from.size(), to);
     return text;
+}
+
+// The text with each (from, to) replacement made in turn.
+std::string edited(std::string text, const std::vector<std::pair<std::string, std::string>>& edits)
+{
+    for (const auto& edit : edits)
+        text = replaced(text, edit.first, edit.second);
+    return text;
+}
+
+// A sound text damaged by one replacement, and the exact message its reading is refused with.
+struct Refusal
+{
+    std::string base, from, to, message;
+};
+
+// Writes each damaged text to `damaged`; reading it into a new core `name` must fail with the message.
+void expect_refusals(const std::string& damaged, const std::vector<Refusal>& cases, const std::string& name,
+                     const std::function<bool(Core&)>& read)
+{
+    for (const Refusal& c : cases)
+    {
+        SCOPED_TRACE(c.from + " -> " + c.to);
+        write_file(damaged, replaced(c.base, c.from, c.to));
+        Core core(name);
+        EXPECT_FALSE(read(core));
+        EXPECT_EQ(core.getError(), c.message);
+    }
 }
 
 // Deterministic generator for the damaged files.
@@ -230,78 +259,64 @@ TEST(CoreFiles, FlwRoundTrips)
     EXPECT_EQ(core.getError(), "Cannot write well file " + dir.file("no/such/dir.flw"));
 }
 
-TEST(CoreFiles, FlwNullLengthSampleIsIgnored)
-{
-    TempDir dir;
-    const std::string path = dir.file("w.flw");
-    write_file(path, replaced(FLW, "  8  5.0000", "  9  2.0000  0.0000  1  MP\n  8  5.0000"));
-    g_trace.clear();
-    Tracer tracer;
-    tracer.setTraceFunction(capture);
-    Core core("W", &tracer);
-    ASSERT_TRUE(core.read(path)) << core.getError();
-    EXPECT_EQ(core.size(), 2);
-    EXPECT_NE(g_trace.find("Core sample with null length is ignored in well file " + path +
-                           " 9  2.0000  0.0000  1  MP"),
-              std::string::npos)
-        << g_trace;
-}
-
 TEST(CoreFiles, FlwMessages)
 {
     TempDir dir;
     const std::string p = dir.file("w.flw");
-    const std::string continuous = replaced(replaced(FLW, "DISCRETE_ATTRIBUTE=1", "DISCRETE_ATTRIBUTE=0"),
-                                            "STANDARD_FACIES=1", "STANDARD_FACIES=0");
-    const std::vector<std::pair<std::string, std::string>> cases = {
-        {replaced(FLW, "X_WELL=100", "X_WELL="), "Error when parsing X_WELL in file " + p},
-        {replaced(FLW, "Y_WELL=200", ""), "Error when parsing Y_WELL in file " + p},
-        {replaced(FLW, "Z_BOTTOM=5.0000", ""), "Error when parsing Z_BOTTOM in file " + p},
-        {replaced(FLW, "Z_TOP=10.0000", ""), "Error when parsing Z_TOP in file " + p},
-        {replaced(FLW, "Z_BOTTOM=5.0000", "Z_BOTTOM=11"), "Error: Z_TOP < Z_BOTTOM in file " + p},
-        {replaced(FLW, "ATTRIBUTE_COLUMN=1", ""), "Error when parsing ATTRIBUTE_COLUMN keyword in file " + p},
-        {replaced(FLW, "STANDARD_FACIES=1", ""),
+    const std::string user = replaced(FLW, "STANDARD_FACIES=1", "STANDARD_FACIES=0");
+    const std::string continuous = replaced(user, "DISCRETE_ATTRIBUTE=1", "DISCRETE_ATTRIBUTE=0");
+    const std::vector<Refusal> cases = {
+        {FLW, "X_WELL=100", "X_WELL=", "Error when parsing X_WELL in file " + p},
+        {FLW, "Y_WELL=200", "", "Error when parsing Y_WELL in file " + p},
+        {FLW, "Z_BOTTOM=5.0000", "", "Error when parsing Z_BOTTOM in file " + p},
+        {FLW, "Z_TOP=10.0000", "", "Error when parsing Z_TOP in file " + p},
+        {FLW, "Z_BOTTOM=5.0000", "Z_BOTTOM=11", "Error: Z_TOP < Z_BOTTOM in file " + p},
+        {FLW, "ATTRIBUTE_COLUMN=1", "", "Error when parsing ATTRIBUTE_COLUMN keyword in file " + p},
+        {FLW, "STANDARD_FACIES=1", "",
          "Error when parsing DISCRETE_ATTRIBUTE or STANDARD_FACIES keyword in file " + p},
-        {replaced(FLW, "DEPTH_COLUMN=2", "XS_BOT=2"), "Error when parsing YS_BOT keyword in file " + p},
-        {replaced(FLW, "DEPTH_COLUMN=2", "XS_BOT=2\nYS_BOT=3"),
-         "Error when parsing ZS_BOT keyword in file " + p},
-        {replaced(FLW, "DEPTH_COLUMN=2", ""), "Error when parsing DEPTH_COLUMN keyword in file " + p},
-        {replaced(FLW, "~Ascii", "~ASCII"),
-         "Error when parsing input file. Ascii section was not found in file " + p},
-        {replaced(FLW, "  8  5.0000", "  x8  5.0000"),
+        {FLW, "DEPTH_COLUMN=2", "XS_BOT=2", "Error when parsing YS_BOT keyword in file " + p},
+        {FLW, "DEPTH_COLUMN=2", "XS_BOT=2\nYS_BOT=3", "Error when parsing ZS_BOT keyword in file " + p},
+        {FLW, "DEPTH_COLUMN=2", "", "Error when parsing DEPTH_COLUMN keyword in file " + p},
+        {FLW, "~Ascii", "~ASCII", "Error when parsing input file. Ascii section was not found in file " + p},
+        {FLW, "  8  5.0000", "  x8  5.0000",
          "Error: facies is not an integer in file " + p + " x8  5.0000  3.0000  10  OB"},
-        {replaced(FLW, "  8  5.0000", "  2.5  5.0000"),
+        {FLW, "  8  5.0000", "  2.5  5.0000",
          "Error: facies is not an integer in file " + p + " 2.5  5.0000  3.0000  10  OB"},
-        {replaced(FLW, "  8  5.0000", "  14  5.0000"),
+        {FLW, "  8  5.0000", "  14  5.0000",
          "Error: facies id out of range in file " + p + " 14  5.0000  3.0000  10  OB"},
-        {replaced(FLW, "  8  5.0000", "  -1  5.0000"),
+        {FLW, "  8  5.0000", "  -1  5.0000",
          "Error: facies id out of range in file " + p + " -1  5.0000  3.0000  10  OB"},
-        {replaced(replaced(FLW, "STANDARD_FACIES=1", "STANDARD_FACIES=0"), "ATTRIBUTE_COLUMN=1",
-                  "ATTRIBUTE_COLUMN=9"),
+        {user, "ATTRIBUTE_COLUMN=1", "ATTRIBUTE_COLUMN=9",
          "Error: attribute is empty in file " + p + " 2  2.0000  2.0000  12  PB"},
-        {replaced(continuous, "  2  2.0000", "  abc  2.0000"),
+        {continuous, "  2  2.0000", "  abc  2.0000",
          "Error: value is not a number in file " + p + " abc  2.0000  2.0000  12  PB"},
-        {replaced(continuous, "  2  2.0000", "  1e999  2.0000"),
+        {continuous, "  2  2.0000", "  1e999  2.0000",
          "Error: value is not a number in file " + p + " 1e999  2.0000  2.0000  12  PB"},
-        {replaced(FLW, "  8  5.0000", "  8  five"),
+        {FLW, "  8  5.0000", "  8  five",
          "Error: value is not a number in file " + p + " 8  five  3.0000  10  OB"},
-        {replaced(FLW, "  2  2.0000  2.0000  12  PB\n  8  5.0000  3.0000  10  OB\n", ""),
-         "Error: no deposits read"},
-        {replaced(FLW, "Z_BOTTOM=5.0000", "Z_BOTTOM=4"),
+        {FLW, "  2  2.0000  2.0000  12  PB\n  8  5.0000  3.0000  10  OB\n", "", "Error: no deposits read"},
+        {FLW, "Z_BOTTOM=5.0000", "Z_BOTTOM=4",
          "The bottom of the well has not been reached! Well Bottom = 4 Last Sample Bottom = 5 in file " + p},
     };
-    for (const auto& entry : cases)
-    {
-        write_file(p, entry.first);
-        Core core("W");
-        EXPECT_FALSE(core.read(p));
-        EXPECT_EQ(core.getError(), entry.second);
-    }
+    expect_refusals(p, cases, "W", [&](Core& core) { return core.read(p); });
     // A facies column name gives a standard log without the two flags.
-    write_file(p, replaced(replaced(FLW, "ATTRIBUTE_COLUMN=1", "FACIES_COLUMN=1"), "STANDARD_FACIES=1", ""));
+    write_file(p, edited(FLW, {{"ATTRIBUTE_COLUMN=1", "FACIES_COLUMN=1"}, {"STANDARD_FACIES=1", ""}}));
     Core core("W");
     EXPECT_TRUE(core.read(p)) << core.getError();
     EXPECT_EQ(core.getSample(1).getFacies(), 8);
+
+    // A sample of null length is only traced.
+    write_file(p, replaced(FLW, "  8  5.0000", "  9  2.0000  0.0000  1  MP\n  8  5.0000"));
+    g_trace.clear();
+    Tracer tracer;
+    tracer.setTraceFunction(capture);
+    Core traced("W", &tracer);
+    ASSERT_TRUE(traced.read(p)) << traced.getError();
+    EXPECT_EQ(traced.size(), 2);
+    EXPECT_NE(g_trace.find("Core sample with null length is ignored in well file " + p +
+                           " 9  2.0000  0.0000  1  MP"),
+              std::string::npos)
+        << g_trace;
 }
 
 TEST(CoreFiles, LasAlongTrajectory)
@@ -349,19 +364,16 @@ TEST(CoreFiles, LasAlongTrajectory)
     EXPECT_DOUBLE_EQ(core.top_elevation(), 49.);
 
     // Comma-separated rows, elevations given directly, and no head position in either file.
-    const std::string commaLas =
-        replaced(replaced(replaced(replaced(replaced(replaced(LAS, "WRAP.   NO : one line per step",
-                                                              "WRAP. NO :\nDLM. COMMA :"),
-                                                     "1.0 sand", "1.0,sand"),
-                                            "2.0 sand", "2.0, sand"),
-                                   "3.0 shale", "3.0,shale"),
-                          "4.0 -999.25", "4.0,-999.25"),
-                 "XWELL.M  1000.0 : x\nYWELL.M  2000.0 : y\n", "");
-    write_file(las, commaLas);
-    write_file(traj, replaced(replaced(replaced(replaced(TRAJ, "TVD.M :", "Z.M :"), "0.0 1000.0 2000.0 0.0",
-                                                "0.0 1000.0 2000.0 50.0"),
-                                       "2.0 1000.0 2000.0 2.0", "2.0 1000.0 2000.0 48.0"),
-                              "6.0 1003.0 2004.0 5.0", "6.0 1003.0 2004.0 45.0"));
+    write_file(las, edited(LAS, {{"WRAP.   NO : one line per step", "WRAP. NO :\nDLM. COMMA :"},
+                                 {"1.0 sand", "1.0,sand"},
+                                 {"2.0 sand", "2.0, sand"},
+                                 {"3.0 shale", "3.0,shale"},
+                                 {"4.0 -999.25", "4.0,-999.25"},
+                                 {"XWELL.M  1000.0 : x\nYWELL.M  2000.0 : y\n", ""}}));
+    write_file(traj, edited(TRAJ, {{"TVD.M :", "Z.M :"},
+                                   {"0.0 1000.0 2000.0 0.0", "0.0 1000.0 2000.0 50.0"},
+                                   {"2.0 1000.0 2000.0 2.0", "2.0 1000.0 2000.0 48.0"},
+                                   {"6.0 1003.0 2004.0 5.0", "6.0 1003.0 2004.0 45.0"}}));
     Core comma;
     ASSERT_TRUE(comma.read(las, traj)) << comma.getError();
     ASSERT_EQ(comma.size(), 4);
@@ -375,87 +387,69 @@ TEST(CoreFiles, LasMessages)
     const std::string p = dir.file("w.las");
     const std::string t = dir.file("w.traj");
     const std::string noStep = replaced(LAS, "STEP.M   1.0 : step\n", "");
-    const std::vector<std::pair<std::string, std::string>> facies = {
-        {replaced(LAS, "WRAP.   NO : one line per step\n", ""), "Error when parsing WRAP in file " + p},
-        {replaced(LAS, "WRAP.   NO", "WRAP.   YES"), "Error: WRAP must be NO in file " + p},
-        {replaced(LAS, "~Well\n", "~Well\nDLM. PIPE :\n"),
-         "Error: DLM must be SPACE, TAB or COMMA in file " + p},
-        {replaced(LAS, "~Well\n", "~Well\nDEPTH_TYPE. TVD :\n"), "Error: DEPTH_TYPE must be MD in file " + p},
-        {replaced(LAS, "STRT.M   1.0 : start\n", ""), "Error when parsing STRT in file " + p},
-        {replaced(LAS, "STOP.M   4.0 : stop\n", ""), "Error when parsing STOP in file " + p},
-        {replaced(LAS, "STRT.M   1.0", "STRT.M   5.0"), "Error: STRT > STOP in file " + p},
-        {replaced(LAS, "STEP.M   1.0", "STEP.M   0.001"),
-         "Error: STEP must be greater than 0.01m in file " + p},
-        {replaced(LAS, "NULL.    -999.25 : null\n", ""), "Error when parsing NULL in file " + p},
-        {replaced(LAS, "WELL.    LW1 : well\n", ""), "Error when parsing WELL in file " + p},
-        {replaced(LAS, "YWELL.M  2000.0 : y\n", ""), "Error when parsing XWELL and YWELL in file " + p},
-        {replaced(LAS, "FACIES.  : code\n", "FACIES.  : code\nGR.  : gamma\n"),
+    const std::vector<Refusal> facies = {
+        {LAS, "WRAP.   NO : one line per step\n", "", "Error when parsing WRAP in file " + p},
+        {LAS, "WRAP.   NO", "WRAP.   YES", "Error: WRAP must be NO in file " + p},
+        {LAS, "~Well\n", "~Well\nDLM. PIPE :\n", "Error: DLM must be SPACE, TAB or COMMA in file " + p},
+        {LAS, "~Well\n", "~Well\nDEPTH_TYPE. TVD :\n", "Error: DEPTH_TYPE must be MD in file " + p},
+        {LAS, "STRT.M   1.0 : start\n", "", "Error when parsing STRT in file " + p},
+        {LAS, "STOP.M   4.0 : stop\n", "", "Error when parsing STOP in file " + p},
+        {LAS, "STRT.M   1.0", "STRT.M   5.0", "Error: STRT > STOP in file " + p},
+        {LAS, "STEP.M   1.0", "STEP.M   0.001", "Error: STEP must be greater than 0.01m in file " + p},
+        {LAS, "NULL.    -999.25 : null\n", "", "Error when parsing NULL in file " + p},
+        {LAS, "WELL.    LW1 : well\n", "", "Error when parsing WELL in file " + p},
+        {LAS, "YWELL.M  2000.0 : y\n", "", "Error when parsing XWELL and YWELL in file " + p},
+        {LAS, "FACIES.  : code\n", "FACIES.  : code\nGR.  : gamma\n",
          "Error: Only one <attribute> column is authorized in file " + p},
-        {replaced(LAS, "DEPT.M   : depth\n", ""),
+        {LAS, "DEPT.M   : depth\n", "",
          "Error: DEPTH and <attribute> column positions not found in file " + p},
-        {replaced(LAS, "1.0 sand", "1.5 sand"),
+        {LAS, "1.0 sand", "1.5 sand",
          "Error: first measure depth (MD) is not equal to the start depth (STRT) in file " + p + " 1.5 sand"},
-        {replaced(LAS, "2.0 sand", "abc sand"), "Error: depth is not a number in file " + p + " abc sand"},
-        {replaced(noStep, "3.0 shale", "1.5 shale"),
-         "Error: decreasing depth forbidden in well " + p + " 1.5 shale"},
-        {replaced(LAS, "3.0 shale", "2.5 shale"), "Error: well is not regular in well " + p + " 2.5 shale"},
-        {replaced(LAS, "STOP.M   4.0", "STOP.M   2.0"),
+        {LAS, "2.0 sand", "abc sand", "Error: depth is not a number in file " + p + " abc sand"},
+        {noStep, "3.0 shale", "1.5 shale", "Error: decreasing depth forbidden in well " + p + " 1.5 shale"},
+        {LAS, "3.0 shale", "2.5 shale", "Error: well is not regular in well " + p + " 2.5 shale"},
+        {LAS, "STOP.M   4.0", "STOP.M   2.0",
          "Error: sample bottom elevation is below well bottom in well " + p + " 2.0 sand"},
-        {replaced(LAS, "2.0 sand", "2.0"), "Error: attribute is not a valid string in file " + p + " 2.0"},
-        {replaced(replaced(replaced(LAS, "1.0 sand", "1.0 -999.25"), "2.0 sand", "2.0 -999.25"), "3.0 shale",
-                  "3.0 -999.25"),
+        {LAS, "2.0 sand", "2.0", "Error: attribute is not a valid string in file " + p + " 2.0"},
+        {LAS, "1.0 sand\n2.0 sand\n3.0 shale\n", "1.0 -999.25\n2.0 -999.25\n3.0 -999.25\n",
          "Error: no defined sample in well " + p},
     };
+    const auto read_both = [&](Core& core) { return core.read(p, t); };
     write_file(t, TRAJ);
-    for (const auto& entry : facies)
-    {
-        write_file(p, entry.first);
-        Core core;
-        EXPECT_FALSE(core.read(p, t));
-        EXPECT_EQ(core.getError(), entry.second);
-    }
+    expect_refusals(p, facies, "", read_both);
 
     write_file(p, LAS);
-    const std::vector<std::pair<std::string, std::string>> trajectory = {
-        {replaced(TRAJ, "WELL. LW1", "WELL. OTHER"), "Error: LAS headers do not match in " + t},
-        {replaced(TRAJ, "~Curve\n", "~Kurve\n"),
+    const std::string zTraj = replaced(TRAJ, "TVD.M :", "Z.M :");
+    const std::vector<Refusal> trajectory = {
+        {TRAJ, "WELL. LW1", "WELL. OTHER", "Error: LAS headers do not match in " + t},
+        {TRAJ, "~Curve\n", "~Kurve\n",
          "Error when parsing input file. Curve section was not found in file " + t},
-        {replaced(TRAJ, "MD.M :\nX.M :\nY.M :\nTVD.M :\n", ""),
-         "Cannot read column headers in trajectory file " + t},
-        {replaced(TRAJ, "TVD.M :\n", ""), "Not enough columns in trajectory file " + t},
-        {replaced(TRAJ, "MD.M :", "DEPTH.M :"),
-         "Missing required columns (MD, X, Y) in trajectory file " + t},
-        {replaced(TRAJ, "TVD.M :", "W.M :"),
-         "Missing required column (TVD or TVDRT or Z) in trajectory file " + t},
-        {replaced(TRAJ, "~A\n", "~Data\n"),
-         "Error when parsing input file. Ascii section was not found in file " + t},
-        {replaced(TRAJ, "0.0 1000.0 2000.0 0.0", "a 1000.0 2000.0 0.0"),
+        {TRAJ, "MD.M :\nX.M :\nY.M :\nTVD.M :\n", "", "Cannot read column headers in trajectory file " + t},
+        {TRAJ, "TVD.M :\n", "", "Not enough columns in trajectory file " + t},
+        {TRAJ, "MD.M :", "DEPTH.M :", "Missing required columns (MD, X, Y) in trajectory file " + t},
+        {TRAJ, "TVD.M :", "W.M :", "Missing required column (TVD or TVDRT or Z) in trajectory file " + t},
+        {TRAJ, "~A\n", "~Data\n", "Error when parsing input file. Ascii section was not found in file " + t},
+        {TRAJ, "0.0 1000.0 2000.0 0.0", "a 1000.0 2000.0 0.0",
          "Error: Wrong first MD value in trajectory file " + t + " a 1000.0 2000.0 0.0"},
-        {replaced(TRAJ, "0.0 1000.0 2000.0 0.0", "1.0 1000.0 2000.0 0.0"),
+        {TRAJ, "0.0 1000.0 2000.0 0.0", "1.0 1000.0 2000.0 0.0",
          "Error: First MD should be null in trajectory file " + t + " 1.0 1000.0 2000.0 0.0"},
-        {replaced(TRAJ, "2.0 1000.0", "x 1000.0"),
+        {TRAJ, "2.0 1000.0", "x 1000.0",
          "Error: Wrong MD value in trajectory file " + t + " x 1000.0 2000.0 2.0"},
-        {replaced(TRAJ, "6.0 1003.0", "1.0 1003.0"),
+        {TRAJ, "6.0 1003.0", "1.0 1003.0",
          "Error: Non increasing MD in trajectory file " + t + " 1.0 1003.0 2004.0 5.0"},
-        {replaced(TRAJ, "6.0 1003.0", "2.0000001 1003.0"),
+        {TRAJ, "6.0 1003.0", "2.0000001 1003.0",
          "Error: Consecutive MD too close in trajectory file " + t + " 2.0000001 1003.0 2004.0 5.0"},
-        {replaced(TRAJ, "2.0 1000.0 2000.0", "2.0 x 2000.0"),
+        {TRAJ, "2.0 1000.0 2000.0", "2.0 x 2000.0",
          "Error: Wrong X value in trajectory file " + t + " 2.0 x 2000.0 2.0"},
-        {replaced(TRAJ, "2.0 1000.0 2000.0", "2.0 1000.0 y"),
+        {TRAJ, "2.0 1000.0 2000.0", "2.0 1000.0 y",
          "Error: Wrong Y value in trajectory file " + t + " 2.0 1000.0 y 2.0"},
-        {replaced(TRAJ, "2004.0 5.0", "2004.0 z"),
+        {TRAJ, "2004.0 5.0", "2004.0 z",
          "Error: Wrong TVD or TVDRT value in trajectory file " + t + " 6.0 1003.0 2004.0 z"},
-        {replaced(replaced(TRAJ, "TVD.M :", "Z.M :"), "2004.0 5.0", "2004.0 z"),
+        {zTraj, "2004.0 5.0", "2004.0 z",
          "Error: Wrong Z value in trajectory file " + t + " 6.0 1003.0 2004.0 z"},
-        {replaced(TRAJ, "6.0 1003.0", "3.0 1003.0"), "Error: Not enough trajectory data in file " + t},
+        {TRAJ, "6.0 1003.0", "3.0 1003.0", "Error: Not enough trajectory data in file " + t},
     };
-    for (const auto& entry : trajectory)
-    {
-        write_file(t, entry.first);
-        Core core;
-        EXPECT_FALSE(core.read(p, t));
-        EXPECT_EQ(core.getError(), entry.second);
-    }
+    expect_refusals(t, trajectory, "", read_both);
 
     Core core;
     EXPECT_FALSE(core.read(p, ""));
@@ -467,8 +461,9 @@ TEST(CoreFiles, LasMessages)
     write_file(t, TRAJ);
     write_file(p, replaced(LAS, "XWELL.M  1000.0 : x\nYWELL.M  2000.0 : y\n", ""));
     EXPECT_TRUE(core.read(p, t)) << core.getError();
-    write_file(p, replaced(replaced(replaced(LAS, "~Well\n", "~Well\nDLM. TAB :\n"), "2.0 sand", "2.0\tsand"),
-                           "1.0 sand", "1.0\tsand"));
+    write_file(p, edited(LAS, {{"~Well\n", "~Well\nDLM. TAB :\n"},
+                               {"2.0 sand", "2.0\tsand"},
+                               {"1.0 sand", "1.0\tsand"}}));
     EXPECT_FALSE(core.read(p, t)); // the other rows are not tab-delimited
     EXPECT_EQ(core.getError(), "Error: attribute is not a valid string in file " + p + " 3.0 shale");
 }

@@ -7,9 +7,11 @@
 #include "TestSupport.h"
 
 #include <cmath>
+#include <functional>
 #include <iostream>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 using testing_support::assertion_text;
@@ -47,15 +49,21 @@ double node_value(int i, int j, int k)
     return 100. * k + 10. * j + i + 0.5;
 }
 
+GridReal with_node_values(GridReal grid)
+{
+    for (int k = 0; k < grid.getNz(); ++k)
+        for (int j = 0; j < grid.getNy(); ++j)
+            for (int i = 0; i < grid.getNx(); ++i)
+                grid.set_at(i, j, k, node_value(i, j, k));
+    return grid;
+}
+
 GridReal make_grid_2d(int nx, int ny)
 {
     GridReal grid(10., 20., nx, ny, 1.5, -2.5);
     grid.setLocation(Point3D(1000., 2000., 55.));
     grid.setRotation(30.);
-    for (int i = 0; i < nx; ++i)
-        for (int j = 0; j < ny; ++j)
-            grid.set_at(i, j, node_value(i, j, 0));
-    return grid;
+    return with_node_values(grid);
 }
 
 GridReal make_grid_3d(int nx, int ny, int nz)
@@ -63,11 +71,17 @@ GridReal make_grid_3d(int nx, int ny, int nz)
     GridReal grid(10., 20., 2.5, nx, ny, nz, 1.5, -2.5, 7.);
     grid.setLocation(Point3D(1000., 2000., 55.));
     grid.setRotation(-15.);
-    for (int i = 0; i < nx; ++i)
-        for (int j = 0; j < ny; ++j)
-            for (int k = 0; k < nz; ++k)
-                grid.set_at(i, j, k, node_value(i, j, k));
-    return grid;
+    return with_node_values(grid);
+}
+
+// The value of a node, of the first layer when no layer is given; a node that cannot be read fails the test.
+double value_at(const GridReal& grid, int i, int j, int k = -1)
+{
+    double value = 0.;
+    const bool read = k < 0 ? grid.get_at(i, j, value) : grid.get_at(i, j, k, value);
+    if (!read)
+        ADD_FAILURE() << "cannot read node " << i << "," << j << "," << k << ": " << grid.getError();
+    return value;
 }
 
 void expect_same_values(const GridReal& a, const GridReal& b, const std::string& context)
@@ -126,6 +140,33 @@ std::string replaced(std::string text, const std::string& from, const std::strin
     return text;
 }
 
+// The text with each (from, to) replacement made in turn.
+std::string edited(std::string text, const std::vector<std::pair<std::string, std::string>>& edits)
+{
+    for (const auto& edit : edits)
+        text = replaced(text, edit.first, edit.second);
+    return text;
+}
+
+// A header edit and the exact message the reader refuses the edited file with.
+struct Refusal
+{
+    std::string from, to, message;
+};
+
+void expect_refusals(const std::string& path, const std::string& base, const std::vector<Refusal>& cases,
+                     const std::function<bool(GridReal&)>& read)
+{
+    for (const Refusal& c : cases)
+    {
+        SCOPED_TRACE(c.from + " -> " + c.to);
+        write_file(path, replaced(base, c.from, c.to));
+        GridReal grid;
+        EXPECT_FALSE(read(grid));
+        EXPECT_EQ(grid.getError(), c.message);
+    }
+}
+
 } // namespace
 
 TEST(GridReal, NodesExtremesAndUndefined)
@@ -172,11 +213,9 @@ TEST(GridReal, NodesExtremesAndUndefined)
     // Beyond the bounds: clamped, and a value above 1e30 becomes undefined.
     ASSERT_TRUE(grid.set_at(0, 0, 0, 5e30));
     double value = 0.;
-    ASSERT_TRUE(grid.get_at(0, 0, 0, value));
-    EXPECT_EQ(value, 1e30);
+    EXPECT_EQ(value_at(grid, 0, 0, 0), 1e30);
     ASSERT_TRUE(grid.set_at(0, 1, 0, -7e31));
-    ASSERT_TRUE(grid.get_at(0, 1, 0, value));
-    EXPECT_EQ(value, -1e30);
+    EXPECT_EQ(value_at(grid, 0, 1, 0), -1e30);
     EXPECT_EQ(grid.get_min(i, j), -1e30);
     double big = 2e30;
     EXPECT_FALSE(grid.check(big, false));
@@ -193,10 +232,8 @@ TEST(GridReal, NodesExtremesAndUndefined)
 
     // add() touches undefined nodes too (1e30 + 1 is 1e30) and not the extremes.
     grid.add(10.);
-    ASSERT_TRUE(grid.get_at(2, 1, 0, value));
-    EXPECT_EQ(value, 14.);
-    ASSERT_TRUE(grid.get_at(0, 0, 1, value));
-    EXPECT_EQ(value, 1e30);
+    EXPECT_EQ(value_at(grid, 2, 1, 0), 14.);
+    EXPECT_EQ(value_at(grid, 0, 0, 1), 1e30);
     EXPECT_EQ(grid.get_max(i, j), 4.);
 
     GridReal extra(grid);
@@ -233,13 +270,11 @@ TEST(GridReal, ArraysInTheirOrders)
             for (int k = 0; k < 4; ++k)
                 zyx[(i * 3 + j) * 4 + k] = node_value(i, j, k);
     grid.fill_yxz(n, yxz.data());
-    double value = 0.;
     for (int k = 0; k < 4; ++k)
         for (int j = 0; j < 3; ++j)
             for (int i = 0; i < 2; ++i)
             {
-                ASSERT_TRUE(grid.get_at(i, j, k, value));
-                EXPECT_EQ(value, node_value(i, j, k));
+                EXPECT_EQ(value_at(grid, i, j, k), node_value(i, j, k));
             }
     EXPECT_EQ(grid.get_values_zyx(), zyx);
     GridReal copy(1., 1., 1., 2, 3, 4, 0., 0., 0.);
@@ -257,8 +292,7 @@ TEST(GridReal, ArraysInTheirOrders)
     EXPECT_EQ(rows.getNx(), 2);
     EXPECT_EQ(rows.getNy(), 3);
     EXPECT_EQ(rows.getNz(), 1);
-    ASSERT_TRUE(rows.get_at(1, 2, value));
-    EXPECT_EQ(value, 6.);
+    EXPECT_EQ(value_at(rows, 1, 2), 6.);
     EXPECT_EQ(rows.getError(), "");
     GridReal ragged({{1., 2.}, {3.}});
     EXPECT_EQ(ragged.getError(), "Wrong 2D array size");
@@ -398,13 +432,9 @@ TEST(GridReal, F2GFileContentAndItsAsymmetries)
     // Only the first column is loaded, to six significant digits.
     GridReal back;
     ASSERT_TRUE(back.read(path)) << back.getError();
-    double value = 0.;
-    ASSERT_TRUE(back.get_at(0, 0, value));
-    EXPECT_EQ(value, 1.23457);
-    ASSERT_TRUE(back.get_at(1, 1, value));
-    EXPECT_EQ(value, 1.23457e8);
-    ASSERT_TRUE(back.get_at(1, 0, value));
-    EXPECT_EQ(value, 1e30);
+    EXPECT_EQ(value_at(back, 0, 0), 1.23457);
+    EXPECT_EQ(value_at(back, 1, 1), 1.23457e8);
+    EXPECT_EQ(value_at(back, 1, 0), 1e30);
     EXPECT_TRUE(back.getVariables().empty());
 
     // More than two extra variables make a file this reader refuses.
@@ -416,19 +446,15 @@ TEST(GridReal, F2GFileContentAndItsAsymmetries)
     EXPECT_EQ(back.getError(), "Invalid F2G file: Wrong value for F2G_NB_VARIABLES");
 
     // Values are raw lines: a comment among them is a node, and a last line needs no line end.
-    std::string text = VALID_F2G_2D;
-    text = replaced(text, "2\n3\n", "2\n# note\n3\n");
+    std::string text = replaced(VALID_F2G_2D, "2\n3\n", "2\n# note\n3\n");
     text.pop_back();
     write_file(path, text);
     ASSERT_TRUE(back.read(path)) << back.getError();
-    ASSERT_TRUE(back.get_at(1, 0, value));
-    EXPECT_EQ(value, 1e30);
-    ASSERT_TRUE(back.get_at(2, 1, value));
-    EXPECT_EQ(value, 5.);
+    EXPECT_EQ(value_at(back, 1, 0), 1e30);
+    EXPECT_EQ(value_at(back, 2, 1), 5.);
     write_file(path, replaced(VALID_F2G_2D, "6\n", "6"));
     ASSERT_TRUE(back.read(path)) << back.getError();
-    ASSERT_TRUE(back.get_at(2, 1, value));
-    EXPECT_EQ(value, 6.);
+    EXPECT_EQ(value_at(back, 2, 1), 6.);
     EXPECT_EQ(back.getLocation().get_abscissa(), 100.);
     EXPECT_EQ(back.getUndefinedText(), "NA");
 
@@ -438,9 +464,8 @@ TEST(GridReal, F2GFileContentAndItsAsymmetries)
     expect_same_values(GridReal({{3., 6.}, {2., 5.}, {1., 4.}}), back, "descending read");
 
     // A keyword is a line prefix, and keywords may stand in any order.
-    text = replaced(VALID_F2G_2D, "F2G_DIM 2\n", "");
-    text = replaced(text, "F2G_LAGS 10 20\n", "F2G_LAGS 10 20\nF2G_DIMENSION 2\n");
-    write_file(path, text);
+    write_file(path, edited(VALID_F2G_2D, {{"F2G_DIM 2\n", ""},
+                                           {"F2G_LAGS 10 20\n", "F2G_LAGS 10 20\nF2G_DIMENSION 2\n"}}));
     EXPECT_TRUE(back.read(path)) << back.getError();
 
     EXPECT_FALSE(grid.write(path, nullptr, GRID_FORMAT_F2G, "+Y +X"));
@@ -456,16 +481,12 @@ TEST(GridReal, F2GMalformedHeaders)
 {
     TempDir dir;
     const std::string path = dir.file("bad.f2g");
-    const std::string three_d = replaced(replaced(replaced(replaced(VALID_F2G_2D, "F2G_DIM 2", "F2G_DIM 3"),
-                                                           "F2G_NB_NODES 3 2", "F2G_NB_NODES 3 2 1"),
-                                                  "F2G_LAGS 10 20", "F2G_LAGS 10 20 5"),
-                                         "F2G_ORIGIN 0 0", "F2G_ORIGIN 0 0 0");
-    struct Case
-    {
-        std::string from, to, message;
-    };
+    const std::string three_d = edited(VALID_F2G_2D, {{"F2G_DIM 2", "F2G_DIM 3"},
+                                                      {"F2G_NB_NODES 3 2", "F2G_NB_NODES 3 2 1"},
+                                                      {"F2G_LAGS 10 20", "F2G_LAGS 10 20 5"},
+                                                      {"F2G_ORIGIN 0 0", "F2G_ORIGIN 0 0 0"}});
     const std::string V = "Invalid F2G file: ";
-    const std::vector<Case> cases = {
+    const std::vector<Refusal> cases = {
         {"F2G_DIM 2\n", "", V + "could not find F2G_DIM keyword"},
         {"F2G_DIM 2", "F2G_DIM two", V + "Wrong value for F2G_DIM"},
         {"F2G_DIM 2", "F2G_DIM 4", V + "Wrong value for F2G_DIM (must be 2 or 3)"},
@@ -501,16 +522,10 @@ TEST(GridReal, F2GMalformedHeaders)
         {"F2G_VALUES \n", "", V + "could not find F2G_VALUES keyword"},
         {"5\n6\n", "", V + "Wrong number of values!\nWe read 4 values (6 expected)."},
     };
-    for (const Case& c : cases)
-    {
-        write_file(path, replaced(VALID_F2G_2D, c.from, c.to));
-        GridReal grid;
-        EXPECT_FALSE(grid.read_f2g(path)) << c.to;
-        EXPECT_EQ(grid.getError(), c.message) << c.from << " -> " << c.to;
-    }
+    expect_refusals(path, VALID_F2G_2D, cases, [&](GridReal& fresh) { return fresh.read_f2g(path); });
     // In 3D the third counts and lags are read too, and a header asking for
     // billions of nodes is refused before anything is allocated.
-    const std::vector<Case> cases3 = {
+    const std::vector<Refusal> cases3 = {
         {"F2G_NB_NODES 3 2 1", "F2G_NB_NODES 3 2 1",
          V + "Wrong value for F2G_NB_NODES:\n  NX = 3\n  NY = 2\n  NZ = 1"},
         {"F2G_NB_NODES 3 2 1", "F2G_NB_NODES 5000 5000 5000",
@@ -524,26 +539,21 @@ TEST(GridReal, F2GMalformedHeaders)
         {"F2G_ORIGIN 0 0 0", "F2G_ORIGIN 0 0", V + "Wrong values for F2G_ORIGIN"},
         {"F2G_LOCATION 100 200 0", "F2G_LOCATION 100 200", V + "Wrong values for F2G_LOCATION"},
     };
-    for (const Case& c : cases3)
-    {
-        write_file(path, replaced(three_d, c.from, c.to));
-        GridReal grid;
-        EXPECT_FALSE(grid.read(path)) << c.to;
-        EXPECT_EQ(grid.getError(), c.message) << c.to;
-        EXPECT_TRUE(grid.getValues().empty());
-    }
+    expect_refusals(path, three_d, cases3,
+                    [&](GridReal& fresh)
+                    {
+                        const bool read = fresh.read(path);
+                        EXPECT_TRUE(fresh.getValues().empty());
+                        return read;
+                    });
 }
 
 TEST(GridReal, GslibAndAsciiNeedTheGeometry)
 {
     TempDir dir;
     const std::string path = dir.file("grid.gslib");
-    GridReal grid(1., 1., 1., 2, 2, 2, 0., 0., 0.);
+    GridReal grid = with_node_values(GridReal(1., 1., 1., 2, 2, 2, 0., 0., 0.));
     grid.setName("Facies");
-    for (int k = 0; k < 2; ++k)
-        for (int j = 0; j < 2; ++j)
-            for (int i = 0; i < 2; ++i)
-                grid.set_at(i, j, k, node_value(i, j, k));
     GridReal age(grid);
     age.setName("Age");
     age.fill(3.);
@@ -557,11 +567,8 @@ TEST(GridReal, GslibAndAsciiNeedTheGeometry)
     // Several columns are read interleaved.
     GridReal back(1., 1., 1., 2, 2, 2, 0., 0., 0.);
     ASSERT_TRUE(back.read(path)) << back.getError();
-    double value = 0.;
-    ASSERT_TRUE(back.get_at(1, 0, 0, value));
-    EXPECT_EQ(value, 3.);
-    ASSERT_TRUE(back.get_at(0, 1, 0, value));
-    EXPECT_EQ(value, 1.5);
+    EXPECT_EQ(value_at(back, 1, 0, 0), 3.);
+    EXPECT_EQ(value_at(back, 0, 1, 0), 1.5);
 
     // One column round-trips with the geometry given.
     GridReal single = make_grid_3d(3, 2, 2);
@@ -581,8 +588,7 @@ TEST(GridReal, GslibAndAsciiNeedTheGeometry)
     write_file(path, text);
     GridReal small(1., 1., 3, 2);
     ASSERT_TRUE(small.read(path)) << small.getError();
-    ASSERT_TRUE(small.get_at(2, 1, value));
-    EXPECT_EQ(value, 0.);
+    EXPECT_EQ(value_at(small, 2, 1), 0.);
     write_file(path, "t\nzero\nv\n1\n");
     EXPECT_FALSE(small.read_gslib(path));
     EXPECT_EQ(small.getError(), "Invalid GSLIB file: wrong 2nd line (should contain number of variables).");
@@ -656,7 +662,7 @@ TEST(GridReal, Cps3Reading)
     EXPECT_EQ(grid.getDx(), 10.);
 
     // Without an undefined value in the header, -1 means undefined.
-    write_file(path, replaced(replaced(v1, "COMPUTED 1 -999", "COMPUTED 1"), "-999 3", "-1 3"));
+    write_file(path, edited(v1, {{"COMPUTED 1 -999", "COMPUTED 1"}, {"-999 3", "-1 3"}}));
     ASSERT_TRUE(grid.read(path)) << grid.getError();
     expect_same_values(expected, grid, "cps3 no undefined");
 
@@ -667,26 +673,20 @@ TEST(GridReal, Cps3Reading)
     EXPECT_TRUE(grid.is3D());
     EXPECT_EQ(grid.getDz(), 50.);
     EXPECT_EQ(grid.getLocation().get_elevation(), 100.);
-    double value = 0.;
-    ASSERT_TRUE(grid.get_at(1, 1, 1, value));
-    EXPECT_EQ(value, 7.);
+    EXPECT_EQ(value_at(grid, 1, 1, 1), 7.);
 
     // A short file is not detected.
     write_file(path, replaced(v0, "4 -999 6\n", "4\n"));
     EXPECT_TRUE(grid.read(path)) << grid.getError();
 
     const std::string C = "Invalid CPS3 file: ";
-    struct Case
-    {
-        std::string from, to, message;
-    };
-    const std::vector<Case> cases = {
+    const std::vector<Refusal> cases = {
         {"FSASCI 0 1 COMPUTED 0 -999", "FSASCI 0 1 COMPUTED",
          C + "could not determine version (number after COMPUTED)"},
         {"FSATTR 0 0\n", "", C + "could not find FSATTR keyword"},
         {"FSLIMI 1000 1020 2000 2005 1 9", "FSLIMI 1000 900 2000 2005 1 9",
-         C + "could not find X & Y consistent limits:\n  XMIN = 1000\n  XMAX = 900\n  YMIN = 2000\n  YMAX = "
-             "2005"},
+         C + "could not find X & Y consistent limits:\n  XMIN = 1000\n  XMAX = 900\n"
+             "  YMIN = 2000\n  YMAX = 2005"},
         {"FSLIMI 1000 1020 2000 2005 1 9\n", "",
          C + "could not find X & Y consistent limits:\n  XMIN = 0\n  XMAX = 0\n  YMIN = 0\n  YMAX = 0"},
         {"FSLIMI 1000 1020 2000 2005 1 9", "FSLIMI 1000 1020 2000 2005 9 1",
@@ -698,13 +698,7 @@ TEST(GridReal, Cps3Reading)
         {"FSXINC 5 10", "FSXINC 5 0", C + "Bad grid lags:\n  LAGX = 0\n  LAGY = 5"},
         {"->MSMODL: Surface\n", "", C + "keyword 'MSMODL' not found!"},
     };
-    for (const Case& c : cases)
-    {
-        write_file(path, replaced(v0, c.from, c.to));
-        GridReal bad;
-        EXPECT_FALSE(bad.read(path)) << c.to;
-        EXPECT_EQ(bad.getError(), c.message) << c.to;
-    }
+    expect_refusals(path, v0, cases, [&](GridReal& fresh) { return fresh.read(path); });
     write_file(path, replaced(v0, "FSASCI 0 1 COMPUTED 0 -999\n", "FSATTR 1\n"));
     EXPECT_FALSE(grid.read_cps3(path));
     EXPECT_EQ(grid.getError(), C + "could not find FSASCI keyword");
@@ -757,21 +751,16 @@ TEST(GridReal, ProgressAndCancelledWrites)
 TEST(GridReal, MigrateResamplesThroughGeography)
 {
     // The source covers the target, whose origin stands one cell further east.
-    GridReal source(10., 10., 6, 6);
+    GridReal source = with_node_values(GridReal(10., 10., 6, 6));
     source.setLocation(Point3D(500., 300., 0.));
-    for (int i = 0; i < 6; ++i)
-        for (int j = 0; j < 6; ++j)
-            source.set_at(i, j, node_value(i, j, 0));
     GridReal target(10., 10., 4, 3);
     target.setLocation(Point3D(510., 300., 0.));
     RecordingTracer tracer;
     ASSERT_TRUE(target.migrate(source, true, true, &tracer));
-    double value = 0.;
     for (int i = 0; i < 4; ++i)
         for (int j = 0; j < 3; ++j)
         {
-            ASSERT_TRUE(target.get_at(i, j, value));
-            EXPECT_EQ(value, node_value(i + 1, j, 0));
+            EXPECT_EQ(value_at(target, i, j), node_value(i + 1, j, 0));
         }
     EXPECT_TRUE(tracer.lines.empty());
 
@@ -779,8 +768,7 @@ TEST(GridReal, MigrateResamplesThroughGeography)
     source.set_at(3, 2, 1e30);
     source.set_at(1, 1, 1e30);
     ASSERT_TRUE(target.migrate(source, true, true, &tracer));
-    ASSERT_TRUE(target.get_at(2, 2, value));
-    EXPECT_EQ(value, node_value(1, 0, 0));
+    EXPECT_EQ(value_at(target, 2, 2), node_value(1, 0, 0));
 
     // Off the source: ten warnings, then "...", then silence; undefined nodes give errors.
     GridReal wide(10., 10., 6, 3);
@@ -797,10 +785,8 @@ TEST(GridReal, MigrateResamplesThroughGeography)
     EXPECT_EQ(warnings[0],
               "#  WARNING  # : Domain at {0,0} not fully covered by Imported Surface at {-4,0}\n");
     EXPECT_EQ(warnings[10], "#  WARNING  # : ...\n");
-    ASSERT_TRUE(wide.get_at(2, 0, value));
-    EXPECT_EQ(value, 4.);
-    ASSERT_TRUE(wide.get_at(0, 0, value));
-    EXPECT_EQ(value, 1e30);
+    EXPECT_EQ(value_at(wide, 2, 0), 4.);
+    EXPECT_EQ(value_at(wide, 0, 0), 1e30);
     ASSERT_FALSE(errors.empty());
     EXPECT_EQ(errors[0], "##  ERROR  ## : At location {0,0} the grid value is not defined!\n");
     tracer.lines.clear();
@@ -871,7 +857,5 @@ TEST(GridReal, ErodibilityConversion)
     flat.fill(5.);
     ASSERT_TRUE(flat.convert(3., 5.));
     EXPECT_EQ(flat.getError(), "File EMap shifted mean is null and has been set to 1.");
-    double value = 1.;
-    ASSERT_TRUE(flat.get_at(1, 0, value));
-    EXPECT_EQ(value, 0.);
+    EXPECT_EQ(value_at(flat, 1, 0), 0.);
 }

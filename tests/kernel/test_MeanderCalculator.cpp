@@ -9,6 +9,7 @@
 #include <functional>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace
@@ -28,6 +29,30 @@ std::vector<std::string> lines_of(const std::string& text)
     for (std::string line; std::getline(s, line);)
         lines.push_back(line);
     return lines;
+}
+
+using Settings = std::vector<std::pair<std::string, double>>;
+using Setup = std::function<void(Parameters&)>;
+
+// Gives named parameters new values, whatever their type.
+void set_params(Parameters& params, const Settings& settings)
+{
+    for (const auto& s : settings)
+        ASSERT_TRUE(params.setParam(s.first, s.second)) << s.first;
+}
+
+// A case setup that only gives named parameters new values.
+Setup setting(const Settings& settings)
+{
+    return [settings](Parameters& params) { set_params(params, settings); };
+}
+
+// The factors that differ between rivers and turbidity currents, in a fixed order.
+std::vector<double> system_factors(MeanderCalculator& mc)
+{
+    return {mc.default_d2w_factor(), mc.default_w2wl_factor(), mc.default_w2lob_factor(),
+            mc.default_kob(),        mc.default_kmig(),        mc.default_kvp(),
+            mc.default_tau_cut(),    mc.default_sinuo(true),   mc.default_sinuo(false)};
 }
 
 class MeanderCalculatorTest : public ::testing::Test
@@ -62,12 +87,7 @@ TEST_F(MeanderCalculatorTest, FactorsAndDefaultsFollowTheSystemType)
     EXPECT_EQ(mc.global_concentration(), 0.01);
     EXPECT_EQ(mc.default_erod_coef(), 4e-08);
     EXPECT_EQ(mc.max_erod_coef(), 2e-07);
-    const double fluvial[] = {mc.default_d2w_factor(), mc.default_w2wl_factor(), mc.default_w2lob_factor(),
-                              mc.default_kob(),        mc.default_kmig(),        mc.default_kvp(),
-                              mc.default_tau_cut(),    mc.default_sinuo(true),   mc.default_sinuo(false)};
-    const double fluvial_expected[] = {15, 12.5, 30, 0.6, 0.75, 0.87, 2.53e-09, 1.5, 2.71};
-    for (int k = 0; k < 9; ++k)
-        EXPECT_EQ(fluvial[k], fluvial_expected[k]) << k;
+    EXPECT_EQ(system_factors(mc), (std::vector<double>{15, 12.5, 30, 0.6, 0.75, 0.87, 2.53e-09, 1.5, 2.71}));
     MeanderCalculator::_use_standard = false;
     EXPECT_EQ(mc.default_kmig(), 0.65);
     MeanderCalculator::_use_standard = true;
@@ -77,12 +97,7 @@ TEST_F(MeanderCalculatorTest, FactorsAndDefaultsFollowTheSystemType)
     EXPECT_EQ(mc.default_wavelength(), 4000.);
     EXPECT_EQ(mc.global_concentration(), 0.1);
     EXPECT_EQ(mc.default_slope(), 0.005);
-    const double turbidite[] = {mc.default_d2w_factor(), mc.default_w2wl_factor(), mc.default_w2lob_factor(),
-                                mc.default_kob(),        mc.default_kmig(),        mc.default_kvp(),
-                                mc.default_tau_cut(),    mc.default_sinuo(true),   mc.default_sinuo(false)};
-    const double turbidite_expected[] = {30, 5, 10, 1.25, 0.95, 0.75, 4.85e-09, 1.5, 2.05};
-    for (int k = 0; k < 9; ++k)
-        EXPECT_EQ(turbidite[k], turbidite_expected[k]) << k;
+    EXPECT_EQ(system_factors(mc), (std::vector<double>{30, 5, 10, 1.25, 0.95, 0.75, 4.85e-09, 1.5, 2.05}));
     MeanderCalculator::_use_standard = false;
     EXPECT_EQ(mc.default_kmig(), 0.4);
 }
@@ -279,7 +294,7 @@ TEST_F(MeanderCalculatorTest, DefaultParametersAreConsistent)
 struct Case
 {
     const char* name;
-    std::function<void(Parameters&)> setup;
+    Setup setup;
     int status;
     const char* begins;
 };
@@ -287,145 +302,104 @@ struct Case
 TEST_F(MeanderCalculatorTest, EachRuleIsReachedAlone)
 {
     const std::vector<Case> cases = {
-        {"slope", [](Parameters& p) { p.setParamDouble("DOMAIN_SLOPE", 0.05); }, 5,
+        {"slope", setting({{"DOMAIN_SLOPE", 0.05}}), 5,
          "- Domain slope (0.05) should be greater than 0.0001 and lesser than 0.01"},
-        {"coarse lags", [](Parameters& p) { p.setParamDouble("DOMAIN_DX", 12.); }, 5,
+        {"coarse lags", setting({{"DOMAIN_DX", 12.}}), 5,
          "- Inconsistency between channel width and domain resolution. The lags (along X (12m) and along Y "
          "(10m)) of the domain are too large for the given channel width (30m)"},
-        {"too coarse lags", [](Parameters& p) { p.setParamDouble("DOMAIN_DY", 16.); }, 6,
+        {"too coarse lags", setting({{"DOMAIN_DY", 16.}}), 6,
          "- Inconsistency between channel width and domain resolution."},
-        {"narrow",
-         [](Parameters& p)
-         {
-             p.setParamInt("DOMAIN_NY", 30);
-             p.setParamDouble("CHNL_MARGIN", 5.);
-         },
-         5,
-         "- The domain width (290m) is too narrow for the given channel width (30m). Meander loops will not "
-         "be "
-         "fully displayed on the domain"},
-        {"short", [](Parameters& p) { p.setParamInt("DOMAIN_NX", 60); }, 5,
+        {"narrow", setting({{"DOMAIN_NY", 30}, {"CHNL_MARGIN", 5.}}), 5,
+         "- The domain width (290m) is too narrow for the given channel width (30m). Meander loops will "
+         "not be fully displayed on the domain"},
+        {"short", setting({{"DOMAIN_NX", 60}}), 5,
          "- The domain length (590m) is too short for the given channel width (30m). Meander loops"},
-        {"margin", [](Parameters& p) { p.setParamDouble("CHNL_MARGIN", 100.); }, 5,
+        {"margin", setting({{"CHNL_MARGIN", 100.}}), 5,
          "- Inconsistency between margin size and domain size. The margin which is 100 times channel width "
          "(3000m) is bigger than domain width or length (2000m)"},
-        {"many nodes",
-         [](Parameters& p)
-         {
-             p.setParamInt("DOMAIN_NX", 1100);
-             p.setParamInt("DOMAIN_NY", 1000);
-         },
-         5,
-         "- Number of grid nodes (NX*NY)=1100000 should be less than 1000000 nodes. Simulation will be very "
-         "slow."},
-        {"too many nodes",
-         [](Parameters& p)
-         {
-             p.setParamInt("DOMAIN_NX", 4000);
-             p.setParamInt("DOMAIN_NY", 2500);
-         },
-         6, "- Number of grid nodes (NX*NY)=10000000 must be less than 10000000 nodes."},
-        {"decay", [](Parameters& p) { p.setParamDouble("AG_EXP_DEC_THICK", 30.); }, 6,
+        {"many nodes", setting({{"DOMAIN_NX", 1100}, {"DOMAIN_NY", 1000}}), 5,
+         "- Number of grid nodes (NX*NY)=1100000 should be less than 1000000 nodes. Simulation will be "
+         "very slow."},
+        {"too many nodes", setting({{"DOMAIN_NX", 4000}, {"DOMAIN_NY", 2500}}), 6,
+         "- Number of grid nodes (NX*NY)=10000000 must be less than 10000000 nodes."},
+        {"decay", setting({{"AG_EXP_DEC_THICK", 30.}}), 6,
          "- Inconsistency between thickness exponential decrease and levee width. No overbank will be "
-         "deposited. "
-         "For a levee width of 6 and a channel width of 30m the thickness exponential decrease must be "
-         "greater "
-         "than 39.0865m"},
-        {"wavelength", [](Parameters& p) { p.setParamDouble("CHNL_WAVELENGTH", 1000.); }, 5,
+         "deposited. For a levee width of 6 and a channel width of 30m the thickness exponential decrease "
+         "must be greater than 39.0865m"},
+        {"wavelength", setting({{"CHNL_WAVELENGTH", 1000.}}), 5,
          "- Inconsistency between width and wavelength of the channel. For a channel width of 30m, channel "
          "wavelength should be greater than 187.5m and less than 750m"},
         {"depth and wavelength",
-         [](Parameters& p)
-         {
-             p.setParamDouble("CHNL_WIDTH", 40.);
-             p.setParamDouble("CHNL_MAX_DEPTH", 15.);
-             p.setParamDouble("CHNL_WAVELENGTH", 300.);
-         },
-         6,
+         setting({{"CHNL_WIDTH", 40.}, {"CHNL_MAX_DEPTH", 15.}, {"CHNL_WAVELENGTH", 300.}}), 6,
          "- Inconsistency between width and mean depth of the channel. For a channel maximum depth of 15m, "
          "channel wavelength must be greater than 468.75m"},
-        {"depth and width",
-         [](Parameters& p)
-         {
-             p.setParamDouble("CHNL_MAX_DEPTH", 15.);
-             p.setParamDouble("CHNL_WAVELENGTH", 500.);
-         },
-         6,
+        {"depth and width", setting({{"CHNL_MAX_DEPTH", 15.}, {"CHNL_WAVELENGTH", 500.}}), 6,
          "- Inconsistency between width and maximum depth of the channel. For a channel maximum depth of "
-         "15m, "
-         "channel width (30m) must be greater than 37.5m"},
+         "15m, channel width (30m) must be greater than 37.5m"},
         {"wells", [](Parameters& p) { p.setCondMigWells(2); }, 5,
          "- Inconsistency between levee width (width x 6) and well influence limitation factor (width x2). "
-         "Levee "
-         "facies in wells won't attract the channel anymore."},
-        {"deviation", [](Parameters& p) { p.setParamDouble("AG_OB_NORM_STDEV", 0.06); }, 5,
+         "Levee facies in wells won't attract the channel anymore."},
+        {"deviation", setting({{"AG_OB_NORM_STDEV", 0.06}}), 5,
          "- Aggradation intensity normal standard deviation 0.06m. More than 2,3% of intensity values will "
-         "be "
-         "negative."},
-        {"pelagic", [](Parameters& p) { p.setParamDouble("AG_OB_PEL_DRAP_INT", 10.); }, 5,
+         "be negative."},
+        {"pelagic", setting({{"AG_OB_PEL_DRAP_INT", 10.}}), 5,
          "- Inconsistency between overbank intensity and Pelagic/Draping intensity. Pelagic/Draping "
-         "intensity "
-         "should be less than half mean overbank intensity (7.14286 m/10000it)"},
-        {"regional", [](Parameters& p) { p.setParamInt("AV_REG_POISSON", 50); }, 5,
+         "intensity should be less than half mean overbank intensity (7.14286 m/10000it)"},
+        {"regional", setting({{"AV_REG_POISSON", 50}}), 5,
          "- Inconsistency between overbank period and regional avulsion period. Interval between regional "
          "avulsions (50 iterations) should be greater or equal than interval between overbank flow (70 "
          "iterations)"},
-        {"local",
-         [](Parameters& p)
-         {
-             p.setParamInt("AV_LOC_FREQ", 1);
-             p.setParamInt("AV_LOC_PERIOD", 69);
-         },
-         5,
+        {"local", setting({{"AV_LOC_FREQ", 1}, {"AV_LOC_PERIOD", 69}}), 5,
          "- Inconsistency between overbank period and local avulsion period. Interval between local "
-         "avulsions "
-         "(69 iterations) should be greater or equal than interval between overbank flow (70 iterations)"},
+         "avulsions (69 iterations) should be greater or equal than interval between overbank flow (70 "
+         "iterations)"},
     };
     for (const auto& c : cases)
     {
+        SCOPED_TRACE(c.name);
         Tracer t;
         Parameters p(&t);
         MeanderCalculator calc(&p, &t);
         c.setup(p);
-        EXPECT_EQ(calc.check_consistency(), c.status) << c.name << "\n" << MeanderCalculator::_msg;
+        EXPECT_EQ(calc.check_consistency(), c.status) << MeanderCalculator::_msg;
         const auto lines = lines_of(MeanderCalculator::_msg);
-        ASSERT_EQ(lines.size(), 1u) << c.name << "\n" << MeanderCalculator::_msg;
-        EXPECT_EQ(lines[0].rfind(c.begins, 0), 0u) << c.name << "\n" << lines[0];
+        ASSERT_EQ(lines.size(), 1u) << MeanderCalculator::_msg;
+        EXPECT_EQ(lines[0].rfind(c.begins, 0), 0u) << lines[0];
     }
 }
 
 TEST_F(MeanderCalculatorTest, RulesOfUnusedFeaturesStaySilent)
 {
     params.setCondMigWells(6); // levee within the well influence distance
-    params.setParamInt("AG_OB_DIST", 3);
-    params.setParamDouble("AG_OB_NORM_STDEV", 0.5); // lognormal law in force
-    params.setParamInt("AV_REG_FREQ", 0);           // no regional avulsion
-    params.setParamInt("AV_REG_POISSON", 5);
+    set_params(params, {{"AG_OB_DIST", 3},
+                        {"AG_OB_NORM_STDEV", 0.5}, // lognormal law in force
+                        {"AV_REG_FREQ", 0},        // no regional avulsion
+                        {"AV_REG_POISSON", 5}});
     EXPECT_EQ(mc.check_consistency(), 0) << MeanderCalculator::_msg;
 
-    params.setParamInt("AG_TYPE", 0); // no overbank at all
-    params.setParamDouble("AG_EXP_DEC_THICK", 5.);
-    params.setParamDouble("AG_OB_PEL_DRAP_INT", 50.);
-    params.setParamInt("AV_LOC_POISSON", 5);
+    set_params(params, {{"AG_TYPE", 0}, // no overbank at all
+                        {"AG_EXP_DEC_THICK", 5.},
+                        {"AG_OB_PEL_DRAP_INT", 50.},
+                        {"AV_LOC_POISSON", 5}});
     EXPECT_EQ(mc.check_consistency(), 0) << MeanderCalculator::_msg;
 }
 
 TEST_F(MeanderCalculatorTest, AllItemsComeInTheirOrder)
 {
-    params.setParamDouble("DOMAIN_SLOPE", 0.05);
-    params.setParamDouble("DOMAIN_DX", 20.);
-    params.setParamDouble("DOMAIN_DY", 15.);
-    params.setParamInt("DOMAIN_NX", 30);
-    params.setParamInt("DOMAIN_NY", 20);
-    params.setParamDouble("AG_EXP_DEC_THICK", 10.);
-    params.setParamDouble("CHNL_WAVELENGTH", 150.);
-    params.setParamDouble("CHNL_MAX_DEPTH", 15.);
+    set_params(params, {{"DOMAIN_SLOPE", 0.05},
+                        {"DOMAIN_DX", 20.},
+                        {"DOMAIN_DY", 15.},
+                        {"DOMAIN_NX", 30},
+                        {"DOMAIN_NY", 20},
+                        {"AG_EXP_DEC_THICK", 10.},
+                        {"CHNL_WAVELENGTH", 150.},
+                        {"CHNL_MAX_DEPTH", 15.}});
     params.setCondMigWells(2);
-    params.setParamDouble("AG_OB_NORM_STDEV", 0.06);
-    params.setParamDouble("AG_OB_PEL_DRAP_INT", 10.);
-    params.setParamInt("AV_REG_FREQ", 1);
-    params.setParamInt("AV_REG_PERIOD", 50);
-    params.setParamInt("AV_LOC_POISSON", 60);
+    set_params(params, {{"AG_OB_NORM_STDEV", 0.06},
+                        {"AG_OB_PEL_DRAP_INT", 10.},
+                        {"AV_REG_FREQ", 1},
+                        {"AV_REG_PERIOD", 50},
+                        {"AV_LOC_POISSON", 60}});
     EXPECT_EQ(mc.check_consistency(), 6);
     const std::vector<std::string> begins = {
         "- Domain slope",
@@ -450,11 +424,11 @@ TEST_F(MeanderCalculatorTest, AllItemsComeInTheirOrder)
     EXPECT_NE(MeanderCalculator::_msg.back(), '\n');
 
     // Node count items sit between the margin and the levee items.
-    params.setParamInt("DOMAIN_NX", 1100);
-    params.setParamInt("DOMAIN_NY", 1000);
-    params.setParamDouble("DOMAIN_DX", 0.5);
-    params.setParamDouble("DOMAIN_DY", 0.2);
-    params.setParamDouble("CHNL_MARGIN", 10.);
+    set_params(params, {{"DOMAIN_NX", 1100},
+                        {"DOMAIN_NY", 1000},
+                        {"DOMAIN_DX", 0.5},
+                        {"DOMAIN_DY", 0.2},
+                        {"CHNL_MARGIN", 10.}});
     mc.check_consistency();
     const auto more = lines_of(MeanderCalculator::_msg);
     ASSERT_GE(more.size(), 6u) << MeanderCalculator::_msg;

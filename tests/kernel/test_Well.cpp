@@ -14,6 +14,8 @@
 
 #include <cmath>
 #include <sstream>
+#include <utility>
+#include <vector>
 
 namespace
 {
@@ -43,18 +45,28 @@ protected:
         config.influence = 60.;
     }
 
+    // Bricks (family, thickness) stacked upward from 0, under the fixture's configuration.
+    void stack(Well& w, const std::vector<std::pair<unsigned char, double>>& bricks,
+               const Point2D& geoLocation = Point2D(), const Point2D& location = Point2D())
+    {
+        w.clear_units(0.);
+        for (const auto& brick : bricks)
+            w.add_unit(WellUnit(Facies(brick.first), brick.second));
+        w.set_well_config(config);
+        w.init(geoLocation, location);
+    }
+
     // Bottom at 0: PB [0,2], OB [2,3], CL [3,4], UD [4,5], PB [5,6].
     void build(Well& w, const std::string& name = "W1")
     {
         w.name(name);
-        w.clear_units(0.);
-        w.add_unit(WellUnit(Facies(PB), 2.));
-        w.add_unit(WellUnit(Facies(OB), 1.));
-        w.add_unit(WellUnit(Facies(CL), 1.));
-        w.add_unit(WellUnit(Facies(UD), 1.));
-        w.add_unit(WellUnit(Facies(PB), 1.));
+        stack(w, {{PB, 2.}, {OB, 1.}, {CL, 1.}, {UD, 1.}, {PB, 1.}}, Point2D(1000., 2000.), Point2D(0., 0.));
+    }
+
+    void set_closure(Well& w, double closure)
+    {
+        config.closure = closure;
         w.set_well_config(config);
-        w.init(Point2D(1000., 2000.), Point2D(0., 0.));
     }
 
     // Deposits and returns the case labels traced for it.
@@ -136,24 +148,15 @@ TEST_F(WellTest, SmallFunctionsAndBrickWalk)
 TEST_F(WellTest, NatureClosesThinGapsBetweenSands)
 {
     Well w(&params, &tracer);
-    w.clear_units(0.);
-    w.add_unit(WellUnit(Facies(PB), 1.));
-    w.add_unit(WellUnit(Facies(OB), 0.3));
-    w.add_unit(WellUnit(Facies(LV), 0.3));
-    w.add_unit(WellUnit(Facies(CL), 1.));
-    w.add_unit(WellUnit(Facies(OB), 0.2));
-    w.set_well_config(config);
-    w.init(Point2D(), Point2D());
+    stack(w, {{PB, 1.}, {OB, 0.3}, {LV, 0.3}, {CL, 1.}, {OB, 0.2}});
     EXPECT_EQ(w.nature(1).family(), OB);
     EXPECT_EQ(w.nature(5).family(), UD);
-    config.closure = 1.;
-    w.set_well_config(config);
+    set_closure(w, 1.);
     EXPECT_TRUE(w.nature(1).is_neutral());
     EXPECT_TRUE(w.nature(2).is_neutral());
     // The top one lacks a sand above it.
     EXPECT_EQ(w.nature(4).family(), OB);
-    config.closure = 0.5;
-    w.set_well_config(config);
+    set_closure(w, 0.5);
     EXPECT_EQ(w.nature(2).family(), LV);
 }
 
@@ -277,10 +280,7 @@ TEST_F(WellTest, MigrationFactor)
     EXPECT_DOUBLE_EQ(w.correct_mig(Point3D(0., 40., 1.85)), 2. - Well::repulsion_factor(0.15, 0.1, 0.2));
     // A thick fill: attracted by the level's lag.
     Well deep(&params, &tracer);
-    deep.clear_units(0.);
-    deep.add_unit(WellUnit(Facies(PB), 10.));
-    deep.set_well_config(config);
-    deep.init(Point2D(), Point2D());
+    stack(deep, {{PB, 10.}});
     const double r = 2.8 / 3.;
     EXPECT_DOUBLE_EQ(deep.correct_mig(Point3D(0., 40., 2.8)), Well::attraction_factor(r, 0.735, 0.98));
     EXPECT_DOUBLE_EQ(deep.correct_mig(Point3D(0., 40., 2.)), 1.);
@@ -419,19 +419,11 @@ TEST_F(WellTest, BinaryRoundTripAndTruncation)
 TEST_F(WellTest, NatureJoinsThinChannelFillUpward)
 {
     Well w(&params, &tracer);
-    w.clear_units(0.);
-    w.add_unit(WellUnit(Facies(CL), 0.2));
-    w.add_unit(WellUnit(Facies(MP), 0.2));
-    w.add_unit(WellUnit(Facies(PB), 1.));
-    w.add_unit(WellUnit(Facies(CL), 0.2));
-    w.add_unit(WellUnit(Facies(OB), 1.));
-    w.set_well_config(config);
-    w.init(Point2D(), Point2D());
+    stack(w, {{CL, 0.2}, {MP, 0.2}, {PB, 1.}, {CL, 0.2}, {OB, 1.}});
     // Without a threshold every brick asks for its own facies.
     EXPECT_EQ(w.nature(0).family(), CL);
     EXPECT_EQ(w.nature(1).family(), MP);
-    config.closure = 0.5;
-    w.set_well_config(config);
+    set_closure(w, 0.5);
     // Thin fills under fills ask for the first thick one above them.
     EXPECT_EQ(w.nature(0).family(), PB);
     EXPECT_EQ(w.nature(1).family(), PB);
