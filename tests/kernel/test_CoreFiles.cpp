@@ -16,7 +16,9 @@
 #include <utility>
 #include <vector>
 
+using testing_support::edited;
 using testing_support::read_file;
+using testing_support::replaced;
 using testing_support::TempDir;
 using testing_support::write_file;
 
@@ -82,23 +84,6 @@ const std::string TRAJ = "~Version\n"
                          "0.0 1000.0 2000.0 0.0\n"
                          "2.0 1000.0 2000.0 2.0\n"
                          "6.0 1003.0 2004.0 5.0\n";
-
-std::string replaced(std::string text, const std::string& from, const std::string& to)
-{
-    const size_t at = text.find(from);
-    EXPECT_NE(at, std::string::npos) << from;
-    if (at != std::string::npos)
-        text.replace(at, from.size(), to);
-    return text;
-}
-
-// The text with each (from, to) replacement made in turn.
-std::string edited(std::string text, const std::vector<std::pair<std::string, std::string>>& edits)
-{
-    for (const auto& edit : edits)
-        text = replaced(text, edit.first, edit.second);
-    return text;
-}
 
 // A sound text damaged by one replacement, and the exact message its reading is refused with.
 struct Refusal

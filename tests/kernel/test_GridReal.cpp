@@ -15,8 +15,10 @@
 #include <vector>
 
 using testing_support::assertion_text;
+using testing_support::edited;
 using testing_support::is_assertion_of;
 using testing_support::read_file;
+using testing_support::replaced;
 using testing_support::TempDir;
 using testing_support::write_file;
 
@@ -130,23 +132,6 @@ const char* const VALID_F2G_2D = "F2G_DIM 2\n"
                                  "F2G_UNDEFINED_1 NA\n"
                                  "F2G_VALUES \n"
                                  "1\n2\n3\n4\n5\n6\n";
-
-std::string replaced(std::string text, const std::string& from, const std::string& to)
-{
-    const size_t at = text.find(from);
-    EXPECT_NE(at, std::string::npos) << from;
-    if (at != std::string::npos)
-        text.replace(at, from.size(), to);
-    return text;
-}
-
-// The text with each (from, to) replacement made in turn.
-std::string edited(std::string text, const std::vector<std::pair<std::string, std::string>>& edits)
-{
-    for (const auto& edit : edits)
-        text = replaced(text, edit.first, edit.second);
-    return text;
-}
 
 // A header edit and the exact message the reader refuses the edited file with.
 struct Refusal

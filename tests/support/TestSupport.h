@@ -8,6 +8,8 @@
 #include <sstream>
 #include <string>
 #include <unistd.h>
+#include <utility>
+#include <vector>
 
 namespace testing_support
 {
@@ -72,6 +74,24 @@ inline bool is_assertion_of(const std::string& text, const std::string& conditio
 {
     return text.rfind(condition + " failed at [", 0) == 0 && text.find(", line: ") != std::string::npos &&
            !text.empty() && text.back() == ']';
+}
+
+// The text with its first `from` replaced by `to`; a missing `from` fails the test.
+inline std::string replaced(std::string text, const std::string& from, const std::string& to)
+{
+    const size_t at = text.find(from);
+    EXPECT_NE(at, std::string::npos) << from;
+    if (at != std::string::npos)
+        text.replace(at, from.size(), to);
+    return text;
+}
+
+// The text with each (from, to) replacement made in turn.
+inline std::string edited(std::string text, const std::vector<std::pair<std::string, std::string>>& edits)
+{
+    for (const auto& edit : edits)
+        text = replaced(text, edit.first, edit.second);
+    return text;
 }
 
 } // namespace testing_support
