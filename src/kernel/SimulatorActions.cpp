@@ -271,6 +271,7 @@ bool Simulator::loadEMap(const EMap& map, bool flag)
 {
     if (!ready(true))
         return false;
+    // The erodibility map has always reported its failures under the topography's name.
     return guardedAction("replaceTopo",
                          [&]()
                          {
