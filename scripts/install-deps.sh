@@ -3,7 +3,7 @@
 # SARVO_GUI=OFF skips the desktop libraries (servers that only run batches).
 set -euo pipefail
 
-packages=(g++ cmake ninja-build pkg-config libgtest-dev libgmock-dev libbenchmark-dev libpng-dev)
+packages=(g++ cmake ninja-build pkg-config clang-format libgtest-dev libgmock-dev libbenchmark-dev libpng-dev)
 if [ "${SARVO_GUI:-ON}" != "OFF" ]; then
   packages+=(libwxgtk3.2-dev libgl1-mesa-dev libglu1-mesa-dev freeglut3-dev)
 fi
