@@ -68,7 +68,8 @@ struct BilinearCell
 
 double Channel::migration_time_step(unsigned int years)
 {
-    // Formed in 32 bits on purpose: long steps wrap, as the model always did.
+    // Formed in 32 bits: a step of 137 years or more wraps, and the migration
+    // rates and every stored block depend on that product as it stands.
     const uint32_t seconds = static_cast<uint32_t>(years) * static_cast<uint32_t>(MP_SECONDS_PER_YEAR);
     return static_cast<double>(seconds);
 }
