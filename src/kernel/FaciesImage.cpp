@@ -34,21 +34,22 @@ constexpr double NONE_REAL = 1e30;
 // Preview colours by family id. They keep the hue of the register's colours
 // where it reads well and move the families a reader confused: splay
 // channels (red) away from point bars (yellow), overbank (pale green) away
-// from levees (olive), sand plugs (khaki) away from proximal splays.
+// from levees (olive), sand plugs (tan) away from overbank, and
+// draping away from undefined.
 constexpr unsigned char PALETTE[][3] = {
-    {153, 153, 230}, // undefined
+    {160, 140, 230}, // undefined
     {255, 128, 0},   // channel lag
     {255, 235, 0},   // point bar
-    {190, 190, 150}, // sand plug
+    {205, 170, 125}, // sand plug
     {160, 82, 45},   // crevasse splay I
     {220, 20, 60},   // splay II channels
-    {230, 170, 80},  // crevasse splay II
-    {110, 140, 20},  // levee
+    {180, 140, 0},   // crevasse splay II
+    {100, 150, 20},  // levee
     {165, 230, 145}, // overbank
     {0, 140, 130},   // mud plug
     {128, 128, 128}, // hemipelagic plug
-    {150, 70, 170},  // wetland
-    {140, 190, 230}, // draping
+    {150, 60, 180},  // wetland
+    {120, 210, 240}, // draping
     {255, 190, 220}, // pelagic
 };
 
