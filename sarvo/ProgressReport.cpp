@@ -49,7 +49,8 @@ double seconds_since(Clock::time_point t)
     return std::chrono::duration<double>(Clock::now() - t).count();
 }
 
-// Mean and lowest top of the block and mean upper limit, geographic metres.
+// Mean and lowest top of the block (water surface where the channel is, as
+// the upper limit test sees it) and mean upper limit, geographic metres.
 void measure(const iDomain& domain, double& mean_top, double& lowest_top, double& limit)
 {
     const GridParams& grid = domain.getGridParams();
@@ -60,7 +61,7 @@ void measure(const iDomain& domain, double& mean_top, double& lowest_top, double
     for (int j = 0; j < grid.getNy(); ++j)
         for (int i = 0; i < grid.getNx(); ++i)
         {
-            const double top = domain.getTopoGeo(i, j, false);
+            const double top = domain.getTopoGeo(i, j, true);
             top_sum += top;
             lowest_top = std::min(lowest_top, top);
             const double zul = domain.getUpperLimitGeo(i, j);
@@ -78,7 +79,8 @@ void measure(const iDomain& domain, double& mean_top, double& lowest_top, double
 std::string metres(double value)
 {
     std::ostringstream out;
-    out << std::fixed << std::setprecision(1) << value << " m";
+    // No "-0.0" for a value that rounds to nothing.
+    out << std::fixed << std::setprecision(1) << (std::fabs(value) < 0.05 ? 0. : value) << " m";
     return out.str();
 }
 

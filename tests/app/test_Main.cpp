@@ -89,7 +89,7 @@ TEST(Main, ProgressLineAndRunReportTexts)
          "Iteration 1200 | top 4.2 m mean, 1.5 m lowest | limit 9.0 m | 1 min 05 s left"},
         {350, 150, 500, 104., 99.96, none, 12.,
          "Iteration 350 (150/500) | top 104.0 m mean, 100.0 m lowest | 12 s left"},
-        {1, 1, 0, 0., 0., none, -1., "Iteration 1 | top 0.0 m mean, 0.0 m lowest | time left unknown"},
+        {1, 1, 0, -0.01, -3., none, -1., "Iteration 1 | top 0.0 m mean, -3.0 m lowest | time left unknown"},
     };
     for (const auto& row : lines)
         EXPECT_EQ(ProgressReport::line(row.iteration, row.done, row.planned, row.mean, row.lowest, row.limit,
