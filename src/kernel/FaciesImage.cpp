@@ -391,7 +391,7 @@ FaciesImage::Axis FaciesImage::map_axis(bool along_x) const
     // A node's value is at the middle of its pixels.
     std::string name = along_x ? "X (m)" : "Y (m)";
     if (!geographic())
-        name = along_x ? "x along the grid (m)" : "y along the grid (m)";
+        name = along_x ? "X along the grid (m)" : "Y along the grid (m)";
     return {at_first - step / 2, at_first + (n - 0.5) * step, name};
 }
 
@@ -401,9 +401,10 @@ std::string FaciesImage::section_place(bool along_x, int index) const
     const GridParams& grid = _domain.getGridParams();
     const double step = along_x ? grid.getDy() : grid.getDx();
     const double at = across.first + (index + 0.5) * step;
-    const std::string across_name = along_x ? (geographic() ? "Y" : "y") : (geographic() ? "X" : "x");
-    return std::string("Section along ") + (along_x ? "X" : "Y") + " at " + across_name + " = " + number(at) +
-           " m";
+    // On a rotated grid the axes are the grid's, and the title says so.
+    const std::string frame = geographic() ? "" : "grid ";
+    return "Section along " + frame + (along_x ? "X" : "Y") + " at " + frame + (along_x ? "Y" : "X") + " = " +
+           number(at) + " m";
 }
 
 RgbImage FaciesImage::map_legend(const std::string& title, const std::vector<unsigned char>& families) const
