@@ -2,8 +2,8 @@
 # them: a wide channel starts from a given centerline, then narrows, then
 # widens again and erodes its banks more easily.
 # Run it from this directory:  ../../build/sarvo/sarvo -b sequence.bat
-# Outputs are written to output/, next to this file: about 8 MB, in about a
-# second of one core.
+# Outputs are written to output/, next to this file: about 8 MB, in under two
+# seconds of one core.
 
 # The global section says what to export at the end of the run: the block
 # sampled every 0.25 m with its facies, grain size and age, the last
