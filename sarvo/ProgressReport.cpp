@@ -31,8 +31,9 @@ struct State
     bool started = false;
     unsigned int start_age = 0;
     unsigned int last_age = 0;
-    // Mean top when the line was first drawn: the rise since tells the pace.
-    double start_top = NONE;
+    // Largest height left below the upper limit when the line was first
+    // drawn: how fast it shrinks tells the time left.
+    double start_gap = NONE;
     Clock::time_point start_time;
     Clock::time_point last_draw;
     bool shown = false;
@@ -50,14 +51,16 @@ double seconds_since(Clock::time_point t)
 }
 
 // Mean and lowest top of the block (water surface where the channel is, as
-// the upper limit test sees it) and mean upper limit, geographic metres.
-void measure(const iDomain& domain, double& mean_top, double& lowest_top, double& limit)
+// the upper limit test sees it), mean upper limit, and the largest height
+// left between a top and its limit (the run ends when it is gone), metres.
+void measure(const iDomain& domain, double& mean_top, double& lowest_top, double& limit, double& gap)
 {
     const GridParams& grid = domain.getGridParams();
     double top_sum = 0.;
     double limit_sum = 0.;
     long long limits = 0;
     lowest_top = NONE;
+    gap = NONE;
     for (int j = 0; j < grid.getNy(); ++j)
         for (int i = 0; i < grid.getNx(); ++i)
         {
@@ -68,6 +71,7 @@ void measure(const iDomain& domain, double& mean_top, double& lowest_top, double
             if (zul != NONE)
             {
                 limit_sum += zul;
+                gap = gap == NONE ? zul - top : std::max(gap, zul - top);
                 ++limits;
             }
         }
@@ -150,16 +154,17 @@ void ProgressReport::draw()
     double mean_top = NONE;
     double lowest_top = NONE;
     double limit = NONE;
-    measure(*domain, mean_top, lowest_top, limit);
-    if (s.start_top == NONE)
-        s.start_top = mean_top;
+    double gap = NONE;
+    measure(*domain, mean_top, lowest_top, limit, gap);
+    if (s.start_gap == NONE)
+        s.start_gap = gap;
     const unsigned int done = s.last_age - s.start_age;
     const double elapsed = seconds_since(s.start_time);
     double left = -1.;
     if (s.planned > 0 && done > 0 && done <= s.planned)
         left = elapsed * (s.planned - done) / done;
-    else if (s.planned == 0 && limit != NONE && mean_top > s.start_top && mean_top < limit)
-        left = elapsed * (limit - mean_top) / (mean_top - s.start_top);
+    else if (s.planned == 0 && gap != NONE && gap < s.start_gap)
+        left = elapsed * std::max(gap, 0.) / (s.start_gap - gap);
     const std::string text = line(s.last_age, done, s.planned, mean_top, lowest_top, limit, left);
     std::fputs(("\r" + text + "\033[K").c_str(), stderr);
     std::fflush(stderr);
