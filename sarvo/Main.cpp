@@ -1,6 +1,8 @@
 #include "Main.h"
 
 #include "PngWriter.h"
+#include "ProgressReport.h"
+#include "RunReport.h"
 #include "interface/iParameters.h"
 #include "interface/iSimulator.h"
 #include "kernel/NewJournalFile.h"
@@ -46,6 +48,7 @@ const iParameters& Main::parameters() const
 
 void Main::trace_function(const char* text, TraceLevel level)
 {
+    ProgressReport::erase();
     if (text)
         std::cout << text << std::flush;
     else
@@ -111,7 +114,7 @@ int Main::runBatch()
         _tracer->error("Error loading batch file!");
         return EXIT_LOAD_FAILED;
     }
-    if (batch.launch() != 0)
+    if (RunReport::launch(batch, _simulator) != 0)
     {
         _tracer->error("Error launching batch!");
         return EXIT_LAUNCH_FAILED;

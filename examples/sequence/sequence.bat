@@ -2,11 +2,13 @@
 # them: a wide channel starts from a given centerline, then narrows, then
 # widens again and erodes its banks more easily.
 # Run it from this directory:  ../../build/sarvo/sarvo -b sequence.bat
-# Outputs are written to output/, next to this file.
+# Outputs are written to output/, next to this file: about 8 MB, in under two
+# seconds of one core.
 
 # The global section says what to export at the end of the run: the block
 # sampled every 0.25 m with its facies, grain size and age, the last
-# topography, and two horizontal slices.
+# topography, two horizontal slices, and pictures of the top, the slices and
+# two middle sections (see doc/PREVIEWS.md).
 [GLOBAL]
 F2G_FILE = output/sequence.f2g
 F2G_DZ = 0.25
@@ -18,9 +20,10 @@ SLICE_Z = -1.0
 SLICE_FILE = output/sequence_slice_1m.f2g
 SLICE_Z = -2.0
 SLICE_FILE = output/sequence_slice_2m.f2g
+PNG_DIR = output/png
 
 # Sequence 1: the seed, the default domain (251 x 201 nodes of 10 m) and a
-# channel 40 m wide and 3.5 m deep, read from centerline.txt (a point-set
+# channel 45 m wide and 3.5 m deep, read from centerline.txt (a point-set
 # file: its x and y are geographic metres) instead of being traced
 # automatically down the steepest slope. Levee breaches flood the plain
 # without opening crevasse splays (AV_NO_SPLAY). 200 iterations.

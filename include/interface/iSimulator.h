@@ -4,6 +4,8 @@
 // model, runs it iteration by iteration, changes it between two sequences,
 // saves and reloads it, and hands out read-only views of it.
 
+#include "interface/RunSummary.h"
+
 #include <string>
 #include <vector>
 
@@ -220,4 +222,8 @@ public:
     // reason in the last message.
     virtual bool savePreviews(const std::string& dir, const std::vector<double>& slices) = 0;
     // -- end previews --
+    // -- run summary --
+    // The counts of the run so far; false, leaving `summary` as it was, before `init`.
+    virtual bool getRunSummary(RunSummary& summary) = 0;
+    // -- end run summary --
 };

@@ -180,6 +180,10 @@ public:
     unsigned int nb_chute_cutoffs() const { return _nb_chute_cutoffs; }
     unsigned int nb_avulsions() const { return _nb_avulsions; }
     unsigned int nb_cutoffs_avuls() const { return _nb_cutoffs_avuls; }
+    // Floods and crevasse splays since the start, for the report of a run.
+    unsigned int nb_floods() const { return _nb_floods; }
+    unsigned int nb_splays() const { return _nb_splays; }
+    void count_splay() { ++_nb_splays; }
     void set_counters(unsigned int cutoffs, unsigned int chute, unsigned int avulsions,
                       unsigned int cutoffs_avuls, unsigned int cutoffs_total);
     // Forgets the first-cutoff record, so that the next cutoff writes it.
@@ -285,6 +289,8 @@ private:
     unsigned int _nb_chute_cutoffs = 0;
     unsigned int _nb_avulsions = 0;
     unsigned int _nb_cutoffs_avuls = 0;
+    unsigned int _nb_floods = 0;
+    unsigned int _nb_splays = 0;
     unsigned int _avulsion_iter_sum = 0;
     unsigned int _last_avulsion_iter = 0;
     unsigned int _last_flood_iter = 0;

@@ -40,6 +40,8 @@ public:
     // 2147483647 when blocks are not written during the sequences.
     int getF2GIt() const { return _f2gIt; }
     const std::vector<NewJournalSequence>& getSequences() const { return _sequences; }
+    // The files this batch writes that exist now, in the order of writing.
+    std::vector<std::string> writtenFiles() const;
 
     // Relative names are taken from the batch file directory; with `isDirectory`
     // a trailing separator is dropped.

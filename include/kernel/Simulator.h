@@ -411,6 +411,7 @@ private:
     // -- previews --
 public:
     void setImageWriter(iImageWriter* writer) override { _imageWriter = writer; }
+    bool getRunSummary(RunSummary& summary) override;
     bool savePreviews(const std::string& dir, const std::vector<double>& slices) override;
 
 private:

@@ -108,6 +108,8 @@ void Network::clear()
     _scaled_params.clear();
     _scale = 1.;
     set_counters(0, 0, 0, 0, 0);
+    _nb_floods = 0;
+    _nb_splays = 0;
     _avulsion_iter_sum = 0;
     _last_avulsion_iter = 0;
     _last_flood_iter = 0;
@@ -131,6 +133,8 @@ void Network::resetFrom(const Network& other)
     _scale = other._scale;
     set_counters(other._nb_cutoffs, other._nb_chute_cutoffs, other._nb_avulsions, other._nb_cutoffs_avuls,
                  other._nb_cutoffs_total);
+    _nb_floods = other._nb_floods;
+    _nb_splays = other._nb_splays;
     _avulsion_iter_sum = other._avulsion_iter_sum;
     _last_avulsion_iter = other._last_avulsion_iter;
     _last_flood_iter = other._last_flood_iter;

@@ -321,6 +321,7 @@ BreachOutcome LeveeBreach::new_course(LociList& loci, const Site& site, ChannelP
         try
         {
             lay_splays(site, path, join);
+            _net.count_splay();
         }
         catch (...)
         {

@@ -86,6 +86,7 @@ void Network::make_overbank(double extension, double grdec, double gr, double h0
 {
     if (_domain == nullptr || _ch == nullptr)
         return;
+    ++_nb_floods;
     int ny_below = 0;
     std::vector<ChannelGridPoint> points;
     create_aggrad_map(ny_below, points);

@@ -1,4 +1,6 @@
 #include "Main.h"
+#include "ProgressReport.h"
+#include "RunReport.h"
 
 #include "kernel/Parameters.h"
 
@@ -63,4 +65,57 @@ TEST(Main, FatalTraceLevelThrows)
     testing::internal::CaptureStdout();
     EXPECT_NO_THROW(Main::trace_function("line\n", TRACE_ERROR));
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "line\n");
+}
+
+TEST(Main, ProgressLineAndRunReportTexts)
+{
+    const struct
+    {
+        double seconds;
+        const char* text;
+    } durations[] = {{0.4, "0 s"},         {42.4, "42 s"},        {59.6, "1 min 00 s"},
+                     {185., "3 min 05 s"}, {7620., "2 h 07 min"}, {-3., "0 s"}};
+    for (const auto& row : durations)
+        EXPECT_EQ(ProgressReport::duration(row.seconds), row.text) << row.seconds;
+
+    const double none = 1e30;
+    const struct
+    {
+        unsigned int iteration, done, planned;
+        double mean, lowest, limit, left;
+        const char* text;
+    } lines[] = {
+        {1200, 1200, 0, 4.25, 1.5, 9., 65.,
+         "Iteration 1200 | top 4.2 m mean, 1.5 m lowest | limit 9.0 m | 1 min 05 s left"},
+        {350, 150, 500, 104., 99.96, none, 12.,
+         "Iteration 350 (150/500) | top 104.0 m mean, 100.0 m lowest | 12 s left"},
+        {1, 1, 0, -0.01, -3., none, -1., "Iteration 1 | top 0.0 m mean, -3.0 m lowest | time left unknown"},
+    };
+    for (const auto& row : lines)
+        EXPECT_EQ(ProgressReport::line(row.iteration, row.done, row.planned, row.mean, row.lowest, row.limit,
+                                       row.left),
+                  row.text);
+
+    RunSummary summary;
+    summary.iterations = 800;
+    summary.cutoffs = 12;
+    summary.avulsions = 3;
+    summary.floods = 40;
+    summary.splays = 5;
+    summary.net_to_gross = 0.3456;
+    summary.wells = {{"W1", 9, 12}, {"W2", 0, 0}};
+    EXPECT_EQ(RunReport::text(summary, 75., {"out/a.f2g", "out/png/top.png"}),
+              "Run summary\n"
+              "Iterations: 800\n"
+              "Events: 12 cutoffs, 3 avulsions, 40 floods, 5 splays\n"
+              "Net to gross: 34.6 %\n"
+              "Well W1: 9 of 12 units honoured (75.0 %)\n"
+              "Well W2: 0 of 0 units honoured\n"
+              "Wall time: 1 min 15 s\n"
+              "Files written: 2\n"
+              "  out/a.f2g\n"
+              "  out/png/top.png");
+    summary.net_to_gross = none;
+    summary.wells.clear();
+    EXPECT_NE(RunReport::text(summary, 1., {}).find("Net to gross: no deposit\n"), std::string::npos);
 }

@@ -71,6 +71,8 @@ struct Outcome
 {
     bool loaded = false;
     int status = -1;
+    RunSummary summary;
+    std::vector<std::string> written;
 };
 
 // Loads `content` as run.bat in `dir` and launches it when it loads.
@@ -82,7 +84,11 @@ Outcome run_batch(const TempDir& dir, const std::string& content)
     Outcome outcome;
     outcome.loaded = file.load(dir.file("run.bat"));
     if (outcome.loaded)
+    {
         outcome.status = file.launch();
+        sim->getRunSummary(outcome.summary);
+        outcome.written = file.writtenFiles();
+    }
     return outcome;
 }
 
@@ -107,6 +113,20 @@ TEST(BatchRun, GoodFilesProduceTheirExports)
     for (const char* name : {"block.f2g", "topo.f2g", "slice.f2g"})
         EXPECT_TRUE(is_f2g(out + "/" + name)) << name;
     EXPECT_NE(read_file(out + "/block.f2g").find("F2G_VARIABLE_2 Age"), std::string::npos);
+    // The report of the run: every export, and counts that agree with the event lines.
+    EXPECT_EQ(one.written,
+              (std::vector<std::string>{out + "/block.f2g", out + "/topo.f2g", out + "/slice.f2g"}));
+    EXPECT_EQ(one.summary.iterations, 40u);
+    size_t floods = 0;
+    for (size_t at = g_trace.find(": Overbank Flow"); at != std::string::npos;
+         at = g_trace.find(": Overbank Flow", at + 1))
+        ++floods;
+    EXPECT_GT(floods, 0u);
+    EXPECT_EQ(one.summary.floods, floods);
+    EXPECT_EQ(one.summary.splays, 0u); // AV_NO_SPLAY
+    EXPECT_GE(one.summary.net_to_gross, 0.);
+    EXPECT_LE(one.summary.net_to_gross, 1.);
+    EXPECT_TRUE(one.summary.wells.empty());
 
     // Two sequences, the second changing parameters, and a channel read from a file.
     write_file(dir.file("cl.txt"), "N_DIMENSIONS = 2\nN_POINTS = 3\nN_VARIABLES = 0\n~Ascii\n"

@@ -14,6 +14,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cmath>
 #include <filesystem>
 #include <map>
 #include <memory>
@@ -59,18 +60,17 @@ std::unique_ptr<Domain> make_block(Kernel& k)
     return dom;
 }
 
-// The register's colour, computed from the intensities of the families' table.
+// The preview colour of the families of the test block.
 Rgb expected(unsigned char family)
 {
-    static const std::map<int, std::array<double, 3>> table = {{1, {1., 0.5, 0.}},
-                                                               {2, {1., 1., 0.}},
-                                                               {3, {0.75, 0.75, 0.55}},
-                                                               {7, {0.4, 0.8, 0.2}},
-                                                               {8, {0., 1., 0.}}};
+    static const std::map<int, Rgb> table = {{1, {255, 128, 0}},
+                                             {2, {255, 235, 0}},
+                                             {3, {205, 170, 125}},
+                                             {7, {100, 150, 20}},
+                                             {8, {165, 230, 145}}};
     if (family == NONE)
         return {255, 255, 255};
-    const auto& c = table.at(family);
-    return {int(c[0] * 255. + 0.5), int(c[1] * 255. + 0.5), int(c[2] * 255. + 0.5)};
+    return table.at(family);
 }
 
 Rgb pixel(const RgbImage& image, int x, int y)
@@ -115,7 +115,7 @@ public:
 
 } // namespace
 
-TEST(FaciesImage, TopMapHasNorthUpAndTheRegisterColours)
+TEST(FaciesImage, TopMapHasNorthUpAndThePreviewColours)
 {
     Kernel k;
     auto dom = make_block(k);
@@ -203,18 +203,20 @@ TEST(FaciesImage, PreviewsFrameThePictureAndListThePresentFamilies)
     const FaciesImage images(*dom, 3, 10);
 
     const RgbImage top = images.top_preview();
-    // The bare map sits at (MARGIN, MARGIN), framed in black.
-    const int m = FaciesImage::MARGIN;
-    EXPECT_EQ(pixel(top, m + 0, m + 6), expected(8));
-    EXPECT_EQ(pixel(top, m + 9, m + 0), expected(7));
-    EXPECT_EQ(pixel(top, m - 1, m - 1), (Rgb{0, 0, 0}));
+    // The bare map sits at (PLOT_LEFT, PLOT_TOP), framed in black.
+    const int l = FaciesImage::PLOT_LEFT;
+    const int t = FaciesImage::PLOT_TOP;
+    EXPECT_EQ(pixel(top, l + 0, t + 6), expected(8));
+    EXPECT_EQ(pixel(top, l + 9, t + 0), expected(7));
+    EXPECT_EQ(pixel(top, l - 1, t - 1), (Rgb{0, 0, 0}));
     EXPECT_TRUE(only_colours(top, {expected(3), expected(7), expected(8)}));
 
-    // The legend of the top lists overbank, sand plug and levee, by id, after its title line.
-    const std::vector<unsigned char> families = FaciesImage::families_present(images.top_families());
-    EXPECT_EQ(families, (std::vector<unsigned char>{3, 7, 8}));
+    // The legend of the top lists sand plug, levee and overbank by id, then the
+    // columns without deposit, after its title line.
+    const std::vector<unsigned char> families = FaciesImage::legend_families(images.top_families());
+    EXPECT_EQ(families, (std::vector<unsigned char>{3, 7, 8, NONE}));
     const RgbImage legend = FaciesImage::legend({"Top"}, families);
-    for (int n = 0; n < 3; ++n)
+    for (int n = 0; n < 4; ++n)
     {
         int x = 0;
         int y = 0;
@@ -223,13 +225,71 @@ TEST(FaciesImage, PreviewsFrameThePictureAndListThePresentFamilies)
     }
     // Long names are written in full: the legend is wide enough for the longest.
     EXPECT_GE(legend.width, FaciesImage::text_width("Sand Plug", 2));
-    EXPECT_GE(legend.height, 4 * FaciesImage::LEGEND_LINE);
+    EXPECT_GE(legend.height, 5 * FaciesImage::LEGEND_LINE);
 
     // A section's legend shows only what the section crosses: the middle row
     // crosses the sand plug, the middle column (i = 2) nothing.
     EXPECT_TRUE(only_colours(images.section_x_preview(), {expected(3)}));
     EXPECT_EQ(colours(images.section_x_preview()).count(expected(3)), 1u);
     EXPECT_TRUE(only_colours(images.section_y_preview(), {}));
+}
+
+TEST(FaciesImage, EveryFamilyHasAColourOfItsOwn)
+{
+    // Colours a reader can tell apart: every two families (and "no deposit")
+    // are at least 30 apart in CIE L*a*b* (sRGB, D65), where 2.3 is barely visible.
+    const auto lab = [](unsigned char family)
+    {
+        unsigned char rgb[3];
+        FaciesImage::family_colour(family, rgb);
+        double c[3];
+        for (int k = 0; k < 3; ++k)
+        {
+            const double v = rgb[k] / 255.;
+            c[k] = v <= 0.04045 ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4);
+        }
+        const auto f = [](double t) { return t > 0.008856 ? std::cbrt(t) : 7.787 * t + 16. / 116.; };
+        const double x = f((0.4124 * c[0] + 0.3576 * c[1] + 0.1805 * c[2]) / 0.95047);
+        const double y = f(0.2126 * c[0] + 0.7152 * c[1] + 0.0722 * c[2]);
+        const double z = f((0.0193 * c[0] + 0.1192 * c[1] + 0.9505 * c[2]) / 1.08883);
+        return std::array<double, 3>{116. * y - 16., 500. * (x - y), 200. * (y - z)};
+    };
+    std::vector<unsigned char> families;
+    for (unsigned char f = 0; f < 14; ++f)
+        families.push_back(f);
+    families.push_back(NONE);
+    for (size_t a = 0; a < families.size(); ++a)
+        for (size_t b = a + 1; b < families.size(); ++b)
+        {
+            const std::array<double, 3> la = lab(families[a]);
+            const std::array<double, 3> lb = lab(families[b]);
+            EXPECT_GE(std::hypot(la[0] - lb[0], la[1] - lb[1], la[2] - lb[2]), 30.)
+                << int(families[a]) << " and " << int(families[b]);
+        }
+}
+
+TEST(FaciesImage, SectionsGetARoundExaggerationAndAxesGetRoundTicks)
+{
+    Kernel k;
+    auto dom = make_block(k);
+    // Given rows: 10 pixels over 3 m, against 3 pixels per 10 m node.
+    EXPECT_NEAR(FaciesImage(*dom, 3, 10).vertical_exaggeration(true), (10. / 3.) / 0.3, 1e-9);
+    // Chosen rows: 8 pixels per node (the grid is small), and the largest
+    // round exaggeration that keeps the section within 400 pixels: 100.
+    const FaciesImage automatic(*dom);
+    EXPECT_EQ(automatic.cell(), 8);
+    EXPECT_EQ(automatic.rows(), 240);
+    EXPECT_NEAR(automatic.vertical_exaggeration(true), 100., 1e-9);
+    EXPECT_NEAR(automatic.vertical_exaggeration(false), 100., 1e-9);
+
+    const struct
+    {
+        double range;
+        int count;
+        double step;
+    } ticks[] = {{2510., 5, 500.}, {12.3, 5, 2.}, {1., 4, 0.2}, {0.03, 3, 0.01}, {7., 7, 1.}, {0., 4, 1.}};
+    for (const auto& row : ticks)
+        EXPECT_DOUBLE_EQ(FaciesImage::tick_step(row.range, row.count), row.step) << row.range;
 }
 
 TEST(FaciesImage, TextUsesTheBuiltInFontInBlack)
@@ -252,6 +312,16 @@ TEST(FaciesImage, TextUsesTheBuiltInFontInBlack)
     FaciesImage::draw_text(lower, 20, 1, "b", 1);
     FaciesImage::draw_text(upper, 20, 1, "B", 1);
     EXPECT_EQ(lower.rgb, upper.rgb);
+    // But a lone "m" (metres) or "x" (times) keeps its own glyph, and inside a word it does not.
+    RgbImage unit = image;
+    RgbImage word = image;
+    RgbImage capital = image;
+    FaciesImage::draw_text(unit, 1, 1, "m", 1);
+    FaciesImage::draw_text(word, 1, 1, "mu", 1);
+    FaciesImage::draw_text(capital, 1, 1, "M", 1);
+    EXPECT_NE(unit.rgb, capital.rgb);
+    FaciesImage::draw_text(capital, 7, 1, "U", 1);
+    EXPECT_EQ(word.rgb, capital.rgb);
 }
 
 TEST(FaciesImage, SimulatorWritesEveryPreviewThroughItsWriter)
@@ -295,11 +365,12 @@ TEST(FaciesImage, SimulatorWritesEveryPreviewThroughItsWriter)
     EXPECT_EQ(names,
               (std::set<std::string>{"top.png", z, "slice_12.5.png", "section_x.png", "section_y.png"}));
     // The top and the slice through the deposit show overbank in the map; the slice below shows nothing.
-    const int m = FaciesImage::MARGIN;
-    EXPECT_EQ(pixel(writer.written["top.png"], m + 1, m + 1), expected(8));
-    EXPECT_EQ(pixel(writer.written[z], m + 1, m + 1), expected(8));
-    EXPECT_EQ(pixel(writer.written["slice_12.5.png"], m + 1, m + 1), expected(NONE));
-    EXPECT_EQ(pixel(writer.written["section_x.png"], m + 1, m + 1), expected(8));
+    const int l = FaciesImage::PLOT_LEFT + 1;
+    const int t = FaciesImage::PLOT_TOP + 1;
+    EXPECT_EQ(pixel(writer.written["top.png"], l, t), expected(8));
+    EXPECT_EQ(pixel(writer.written[z], l, t), expected(8));
+    EXPECT_EQ(pixel(writer.written["slice_12.5.png"], l, t), expected(NONE));
+    EXPECT_EQ(pixel(writer.written["section_x.png"], l, t), expected(8));
 
     // A failing writer, and a directory that cannot be made, give false with the reason.
     writer.fail = true;

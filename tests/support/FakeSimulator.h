@@ -400,6 +400,7 @@ public:
             heights += (heights.empty() ? "" : ";") + num(z);
         return record("savePreviews", dir + "," + heights);
     }
+    bool getRunSummary(RunSummary&) override { return record("getRunSummary", ""); }
     bool nexusFromWells(const CoreList& cores, std::vector<double>& nexus, std::string& message) override
     {
         nexus = {2.5, 3., 0.4};
