@@ -23,10 +23,10 @@ class Project
 {
 public:
     // Answers of `launch`.
-    static const int LAUNCH_CHUNK_DONE = 0;
-    static const int LAUNCH_RUN_ENDED = 1;
-    static const int LAUNCH_FAILED = 2;
-    static const int LAUNCH_STOPPED = 3;
+    static constexpr int LAUNCH_CHUNK_DONE = 0;
+    static constexpr int LAUNCH_RUN_ENDED = 1;
+    static constexpr int LAUNCH_FAILED = 2;
+    static constexpr int LAUNCH_STOPPED = 3;
 
     // An empty name makes the "Untitled Project".
     Project(iSimulator* simulator, iProjectDialogs* dialogs, const std::string& parent,
@@ -51,6 +51,8 @@ public:
     std::string getJournalBackupPath() const;
     // Where `turnCurrentJnlIntoInputJnl` puts the journal: "<name>_input.jnl".
     std::string getInputJournalPath() const { return _inputJournalPath; }
+    // The record of the running sequence, appended to the journal when it ends.
+    std::string getPendingRecordPath() const;
     std::string getStatsPath() const { return _path + "/Stats.csv"; }
     std::string getCenterlineStatsPath() const { return _path + "/CenterlineStats.csv"; }
     std::string getGrainsizeStatsPath() const { return _path + "/GrainsizeStats.csv"; }
@@ -186,6 +188,7 @@ private:
     bool remove_tree(const std::string& path);
     bool skip_sequences(InputJournalFile& journal, int count);
     bool journal_corrupted();
+    bool write_pending_record();
 
     iSimulator* _simulator;
     iProjectDialogs* _dialogs;

@@ -57,7 +57,8 @@ bool listed_wells(const std::string& dir, std::vector<std::string>& names)
     int count = 0;
     if (!file.is_open() || !file.get_key_value("NB_WELLS", count) || count < 0)
         return false;
-    for (int i = 0; i < count; ++i)
+    // The snapshot numbers its wells from 1.
+    for (int i = 1; i <= count; ++i)
     {
         std::string name;
         if (!file.get_key_value("WELL_" + std::to_string(i), name))

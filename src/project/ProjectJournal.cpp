@@ -8,6 +8,8 @@
 #include "interface/iSimulator.h"
 
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <system_error>
 
 namespace fs = std::filesystem;
@@ -44,10 +46,32 @@ bool Project::newSequence()
     _inputsChanged = _zul.changed || _emap.changed || _tecto.changed;
     if ((_zul.changed && !loadZul()) || (_emap.changed && !loadEmap()) || (_tecto.changed && !loadTecto()))
         return false;
+    // The record of the sequence holds the parameters it starts with: the
+    // kernel leaves the seed and the profile level of the next sequence in
+    // the registry when a sequence ends.
+    if (!write_pending_record())
+        return false;
     if (_simulator->newSequence() != MP_STATUS_OK)
         return error(std::string("Error: Cannot create new sequence.\n") + LOOK);
     _sequenceStartAge = _simulator->getAge();
     return true;
+}
+
+std::string Project::getPendingRecordPath() const
+{
+    return _path + "/.sequence.jnl";
+}
+
+bool Project::write_pending_record()
+{
+    _outputJournal = std::make_unique<OutputJournalFile>(getPendingRecordPath());
+    if (!_outputJournal->initiate())
+        return warning("Warning: Unable to initiate the output journal file " + getPendingRecordPath() +
+                       " for writing");
+    bool good = _outputJournal->addBool(NEW_SEQUENCE, true);
+    good = saveParamsInCurrentJnl(true) && good;
+    _outputJournal->close();
+    return good || error("Cannot write the journal file " + getPendingRecordPath());
 }
 
 bool Project::endSequence()
@@ -87,14 +111,27 @@ bool Project::saveSequenceInCurrentJnl()
     // A sequence record needs the record of the start before it.
     if (!fs::exists(getJournalPath(), ec) && !saveInitSequenceInCurrentJnl())
         return false;
+    // Without the record of its start, the sequence is told by the
+    // parameters in force now.
+    if (!fs::exists(getPendingRecordPath(), ec) && !write_pending_record())
+        return false;
+    std::ifstream pending(getPendingRecordPath(), std::ios::binary);
+    const std::string record((std::istreambuf_iterator<char>(pending)), std::istreambuf_iterator<char>());
+    pending.close();
+    {
+        std::ofstream journal(getJournalPath(), std::ios::binary | std::ios::app);
+        journal << record;
+        if (!journal)
+            return warning("Warning: Unable to open the output journal file " + getJournalPath() +
+                           " for writing");
+    }
     _outputJournal = std::make_unique<OutputJournalFile>(getJournalPath());
     if (!_outputJournal->open())
         return warning("Warning: Unable to open the output journal file " + getJournalPath() +
                        " for writing");
-    bool good = _outputJournal->addBool(NEW_SEQUENCE, true);
-    good = saveParamsInCurrentJnl(true) && good;
-    good = _outputJournal->addInt(ITERATIONS, static_cast<int>(iterations)) && good;
+    const bool good = _outputJournal->addInt(ITERATIONS, static_cast<int>(iterations));
     _outputJournal->close();
+    fs::remove(getPendingRecordPath(), ec);
     _sequenceStartAge = _simulator->getAge();
     return good || error("Cannot write the journal file " + getJournalPath());
 }
@@ -130,11 +167,10 @@ bool Project::readInitFromJnl(InputJournalFile& journal)
 bool Project::readSequenceFromJnl(InputJournalFile& journal, int& iterations)
 {
     _journalCorrupted = false;
-    // At the end of the journal the value is kept: no record.
+    // The end of the journal, like anything that is not a record's first
+    // value, ends the records; a record cut short is a corruption.
     bool record = false;
-    if (journal.getBool(record) != 0)
-        return journal_corrupted();
-    if (!record)
+    if (journal.getBool(record) != 0 || !record)
         return false;
     for (const auto& group : _groups->getGroups())
     {
