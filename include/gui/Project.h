@@ -173,7 +173,6 @@ private:
     void debug(const std::string& text) const;
     bool error(const std::string& text);
     bool warning(const std::string& text);
-    bool refuse(const std::string& text);
     bool goto_failed(const std::string& text);
     bool import_grid(const std::string& path, const std::string& noun, const std::string& shortNoun,
                      const std::string& dir, std::string& result);

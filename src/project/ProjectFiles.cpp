@@ -45,22 +45,17 @@ size_t depth(const fs::path& p)
 
 } // namespace
 
-bool Project::refuse(const std::string& text)
-{
-    return error(text);
-}
-
 bool Project::copyFile(const std::string& from, const std::string& to)
 {
     std::error_code ec;
     if (fs::exists(to, ec) && fs::equivalent(from, to, ec))
-        return refuse("Cannot copy file " + from + " onto itself");
+        return error("Cannot copy file " + from + " onto itself");
     std::ifstream in(from, std::ios::binary);
     if (!in)
-        return refuse("Cannot read file " + from);
+        return error("Cannot read file " + from);
     const std::string content((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
     if (in.bad())
-        return refuse("Cannot read file " + from);
+        return error("Cannot read file " + from);
     // Written aside and renamed, so that a failed write leaves `to` as it was.
     const std::string partial = to + ".part";
     {
@@ -70,14 +65,14 @@ bool Project::copyFile(const std::string& from, const std::string& to)
         if (!out)
         {
             fs::remove(partial, ec);
-            return refuse("Cannot write file " + to);
+            return error("Cannot write file " + to);
         }
     }
     fs::rename(partial, to, ec);
     if (ec)
     {
         fs::remove(partial, ec);
-        return refuse("Cannot write file " + to);
+        return error("Cannot write file " + to);
     }
     return true;
 }
@@ -86,12 +81,12 @@ bool Project::copyDir(const std::string& from, const std::string& to)
 {
     std::error_code ec;
     if (!fs::is_directory(from, ec))
-        return refuse("Cannot copy folder " + from + ": it does not exist");
+        return error("Cannot copy folder " + from + ": it does not exist");
     if (is_within(resolved(to), resolved(from)))
-        return refuse("Cannot copy folder " + from + " into itself (" + to + ")");
+        return error("Cannot copy folder " + from + " into itself (" + to + ")");
     fs::create_directories(to, ec);
     if (!fs::is_directory(to, ec))
-        return refuse("Cannot create folder " + to);
+        return error("Cannot create folder " + to);
     for (const fs::directory_entry& entry : fs::directory_iterator(from, ec))
     {
         const std::string target = to + "/" + entry.path().filename().string();
@@ -100,7 +95,7 @@ bool Project::copyDir(const std::string& from, const std::string& to)
         if (!good)
             return false;
     }
-    return !ec || refuse("Cannot read folder " + from);
+    return !ec || error("Cannot read folder " + from);
 }
 
 bool Project::is_inside_project(const std::string& path) const
@@ -122,10 +117,10 @@ bool Project::removeDirectory(const std::string& path)
         return false;
     }
     if (!is_inside_project(path))
-        return refuse("Cannot remove " + path + ": it is not inside the project " + _path);
+        return error("Cannot remove " + path + ": it is not inside the project " + _path);
     std::error_code ec;
     if (!fs::exists(fs::symlink_status(path, ec)))
-        return refuse(path + " does not exist.  Could not remove directory.");
+        return error(path + " does not exist.  Could not remove directory.");
     return remove_tree(path);
 }
 
@@ -139,11 +134,11 @@ bool Project::remove_tree(const std::string& path)
             if (!remove_tree(entry.path().string()))
                 return false;
         if (!fs::remove(path, ec))
-            return refuse("Could not remove directory " + path);
+            return error("Could not remove directory " + path);
         return true;
     }
     if (!fs::remove(path, ec))
-        return refuse("Could not remove file " + path);
+        return error("Could not remove file " + path);
     return true;
 }
 
