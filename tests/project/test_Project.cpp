@@ -12,6 +12,7 @@
 #include "interface/iSimulator.h"
 #include "interface/iTracer.h"
 #include "kernel/Core.h"
+#include "kernel/GridReal.h"
 
 #include <gtest/gtest.h>
 
@@ -293,6 +294,67 @@ TEST(ProjectVersion, AProjectWithoutIterationOpensAndSaysSo)
     EXPECT_FALSE(s.project->load());
     EXPECT_TRUE(s.dialogs.saw("Warning!", "No saved iteration found in your project.")) << s.dialogs.all();
     EXPECT_FALSE(s.sim->ready(false));
+}
+
+TEST(ProjectImports, GridsAreConvertedToF2GAndUnknownFilesRefused)
+{
+    TempDir dir;
+    Session s(dir.path(), "p");
+    s.sim->getParameters()->setParamInt("DOMAIN_NX", 4);
+    s.sim->getParameters()->setParamInt("DOMAIN_NY", 3);
+    ASSERT_TRUE(s.project->create());
+    GridReal grid(10., 10., 4, 3);
+    for (int j = 0; j < 3; ++j)
+        for (int i = 0; i < 4; ++i)
+            grid.set_at(i, j, 0.5 * i + j);
+    ASSERT_TRUE(grid.write(dir.file("surface.gslib"), nullptr, GRID_FORMAT_GSLIB, ""));
+    ASSERT_TRUE(grid.write(dir.file("map.f2g"), nullptr, GRID_FORMAT_F2G, "+Y +X +Z"));
+    write_file(dir.file("words.txt"), "no grid\nin here\n");
+    typedef bool (Project::*Import)(const std::string&, std::string&);
+    struct Row
+    {
+        Import import;
+        std::string source;
+        std::string target; // "" when refused
+        std::string message;
+    };
+    const std::string prj = s.project->getPath();
+    const std::vector<Row> rows = {
+        {&Project::addTopography, "surface.gslib", prj + "/topography/surface.f2g", ""},
+        {&Project::addErodibilityMap, "map.f2g", prj + "/erodibility/map.f2g", ""},
+        {&Project::addTectonic, "surface.gslib", prj + "/tectonic/surface.f2g", ""},
+        {&Project::addFlattening, "map.f2g", prj + "/flattening/map.f2g", ""},
+        {&Project::addTopography, "words.txt", "", "Error: Unknown topo file format: "},
+        {&Project::addErodibilityMap, "missing.txt", "", "Error: Unknown emap file format: "},
+        {&Project::addTectonic, "words.txt", "", "Error: Unknown tecto file format: "},
+        {&Project::addFlattening, "words.txt", "", "Error: Unknown flattening file format: "},
+    };
+    for (const Row& row : rows)
+    {
+        s.dialogs.boxes.clear();
+        std::string result;
+        EXPECT_EQ((s.project.get()->*row.import)(dir.file(row.source), result), !row.target.empty())
+            << row.source;
+        if (row.target.empty())
+        {
+            EXPECT_TRUE(s.dialogs.saw("Error!", row.message + dir.file(row.source))) << s.dialogs.all();
+            continue;
+        }
+        EXPECT_EQ(result, row.target);
+        EXPECT_EQ(GridReal::get_format(result), GRID_FORMAT_F2G) << row.source;
+        GridReal back;
+        ASSERT_TRUE(back.read(result)) << row.source;
+        double value = 0.;
+        EXPECT_TRUE(back.get_at(3, 2, value) && value == 3.5) << row.source;
+    }
+    // A well of no known format, and a centerline copied as it is.
+    std::string result;
+    EXPECT_FALSE(s.project->addWell(dir.file("words.txt"), "", result));
+    EXPECT_TRUE(s.dialogs.saw("Warning!", "Warning: Wrong format or file not found: " +
+                                              dir.file("words.txt") + "\nUnknown well file format"));
+    EXPECT_EQ(s.project->getNbWell(), 0);
+    ASSERT_TRUE(s.project->addCenterline(dir.file("words.txt"), result));
+    EXPECT_EQ(read_file(prj + "/centerline/words.txt"), read_file(dir.file("words.txt")));
 }
 
 TEST_F(SavedProject, GoingBackThenRunningOnGivesTheUninterruptedBytesAndASaveCutsTheFuture)
