@@ -413,6 +413,18 @@ TEST_F(SavedProject, EdgesOfTheHistory)
     EXPECT_FALSE(s.project->loadPrevious());
     ASSERT_TRUE(s.project->newSequence() && s.project->launch(5) == Project::LAUNCH_CHUNK_DONE);
     EXPECT_NE(s.sim->getChannel(), nullptr);
+    // A sequence of no iteration is not written to the journal.
+    ASSERT_TRUE(s.project->endSequence());
+    const std::string journal = read_file(s.project->getJournalPath());
+    ASSERT_TRUE(s.project->newSequence());
+    EXPECT_FALSE(s.project->endSequence());
+    EXPECT_TRUE(s.dialogs.saw("Error!", "Number of iteration for current sequence is negative or null!"));
+    EXPECT_EQ(read_file(s.project->getJournalPath()), journal);
+    // A journal with its initial record only yields no sequence.
+    s.project->setInputJournal((prj / "iter_0" / "journal_0.jnl").string());
+    EXPECT_FALSE(s.project->readInitFromInputJnl());
+    EXPECT_EQ(s.project->getNextSequenceIterations(), 0);
+    EXPECT_FALSE(s.project->isInputJournalActive());
 
     // The well of "W1.v2.flw" is "W1.v2" and has one file in each iteration.
     std::vector<std::string> dat;
