@@ -8,6 +8,7 @@
 #include "interface/iTracer.h"
 #include "kernel/Constants.h"
 #include "kernel/NewJournalFile.h"
+#include "kernel/ParameterCodes.h"
 
 #include <istream>
 
@@ -17,7 +18,7 @@ namespace journal_support
 {
 
 // The last facies family a batch may name.
-constexpr int LAST_FACIES_FAMILY = 13;
+constexpr int LAST_FACIES_FAMILY = FILL_LAST;
 
 // A keyword left out keeps the undefined value.
 inline bool is_set(int value)
