@@ -556,7 +556,7 @@ void NewJournalSequence::report_inferred(bool nexus, bool grid)
         names.insert(names.end(), {"AG_OB_NORM_MEAN", "AG_OB_NORM_STDEV", "AG_EXP_DEC_THICK"});
     tracer->info(std::string(nexus ? "Nexus" : "Neqsus") + " parameters:");
     for (const std::string& name : names)
-        tracer->info("  " + name + " = " + NewJournalFile::text(params->getParam(name)));
+        tracer->info("  " + name + " = " + params->getParamText(name));
 }
 
 int NewJournalSequence::apply_parameters()
@@ -567,8 +567,11 @@ int NewJournalSequence::apply_parameters()
         tracer->info("User defined parameters:");
     for (const auto& entry : _userParams)
     {
-        tracer->info("  " + entry.first + " = " + NewJournalFile::text(entry.second));
-        if (!params->setParam(entry.first, entry.second))
+        // Echoed as stored, so that an integer reads as one.
+        const bool known = params->setParam(entry.first, entry.second);
+        tracer->info("  " + entry.first + " = " +
+                     (known ? params->getParamText(entry.first) : NewJournalFile::text(entry.second)));
+        if (!known)
         {
             tracer->error("Unknown parameter :" + entry.first);
             tracer->error("Available parameters are :\n" + params->getParamsDesc("  ", true));
@@ -866,7 +869,9 @@ void NewJournalSequence::report_end()
                  NewJournalFile::text(_simulator->getSandProportion() * 100.));
     if (const iDomain* domain = _simulator->getDomain())
     {
-        tracer->info("  Oldest Age (# it): " + std::to_string(domain->oldest_age()));
+        const unsigned int oldest = domain->oldest_age();
+        tracer->info("  Oldest Age (# it): " +
+                     (oldest == MP_UNDEF_UINT ? std::string("NA") : std::to_string(oldest)));
         tracer->info("  Mean Topography (m): " + NewJournalFile::text(domain->mean_topo_geo(false)));
     }
     tracer->info("  Global Aggradation Rate (m/10000 it): " +
