@@ -10,6 +10,7 @@
 #include "kernel/NewJournalFile.h"
 #include "kernel/ParameterCodes.h"
 
+#include <cmath>
 #include <istream>
 
 #include <string>
@@ -79,6 +80,13 @@ bool read_section(std::istream& stream, std::string& line, iTracer* tracer, Read
 inline std::string int_text(int value)
 {
     return std::to_string(value);
+}
+
+// An elevation for a message, to the micrometre: the noise of sums of reals
+// (4.03844e-15 for 0) is not shown.
+inline std::string elevation_text(double z)
+{
+    return NewJournalFile::text(std::round(z / MP_EPSILON) * MP_EPSILON + 0.);
 }
 
 } // namespace journal_support
