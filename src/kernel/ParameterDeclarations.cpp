@@ -278,12 +278,6 @@ std::vector<ParameterDeclaration> declare_avulsions()
     };
 }
 
-// The law of an event's size, one row per form of the law.
-void declare_law(std::vector<ParameterDeclaration>& rows, const std::vector<Row>& laws)
-{
-    rows.insert(rows.end(), laws.begin(), laws.end());
-}
-
 std::vector<ParameterDeclaration> declare_aggradation()
 {
     const char* g = "Aggradation";
@@ -322,55 +316,53 @@ std::vector<ParameterDeclaration> declare_aggradation()
             .doc(o, DIST_LABEL,
                  "Law of the thickness a flood lays at the levee crest (0 constant, 1 uniform, 2 Gaussian, 3 "
                  "lognormal)"),
+        real("AG_OB_CONST", 0.1, 0., HUGE_REAL)
+            .turbi(2., 0., HUGE_REAL)
+            .when("AG_OB_DIST", MP_DIST_CONSTANT)
+            .unit(h)
+            .doc(o, "Constant", "Thickness laid by one flood, constant law (m)"),
+        real("AG_OB_MIN", 0.07, 0., HUGE_REAL)
+            .turbi(1.4, 0., HUGE_REAL)
+            .when("AG_OB_DIST", MP_DIST_UNIFORM)
+            .unit(h)
+            .doc(o, "Minimum", "Smallest thickness laid by one flood, uniform law (m)"),
+        real("AG_OB_MAX", 0.13, 0.03, HUGE_REAL)
+            .turbi(2.6, 0.03, HUGE_REAL)
+            .when("AG_OB_DIST", MP_DIST_UNIFORM)
+            .unit(h)
+            .doc(o, "Maximum", "Largest thickness laid by one flood, uniform law (m)"),
+        real("AG_OB_NORM_MEAN", 0.1, 0., HUGE_REAL)
+            .turbi(2., 0., HUGE_REAL)
+            .when("AG_OB_DIST", MP_DIST_GAUSSIAN)
+            .unit(h)
+            .doc(o, "Gaussian mean", "Mean thickness laid by one flood, Gaussian law (m)"),
+        real("AG_OB_NORM_STDEV", 0.03, 0., HUGE_REAL)
+            .turbi(0.6, 0., HUGE_REAL)
+            .when("AG_OB_DIST", MP_DIST_GAUSSIAN)
+            .unit(h)
+            .doc(o, "Gaussian standard deviation",
+                 "Spread of the thickness laid by one flood, Gaussian law (m)"),
+        real("AG_OB_LOGNORM_MEAN", 0.1, 0., HUGE_REAL)
+            .turbi(2., 0., HUGE_REAL)
+            .when("AG_OB_DIST", MP_DIST_LOGNORMAL)
+            .unit(h)
+            .doc(o, "Lognormal mean", "Mean thickness laid by one flood, lognormal law (m)"),
+        real("AG_OB_LOGNORM_STDEV", 0.03, 0., HUGE_REAL)
+            .turbi(0.6, 0., HUGE_REAL)
+            .when("AG_OB_DIST", MP_DIST_LOGNORMAL)
+            .unit(h)
+            .doc(o, "Lognormal standard deviation",
+                 "Spread of the thickness laid by one flood, lognormal law (m)"),
     };
-    declare_law(rows,
-                {
-                    real("AG_OB_CONST", 0.1, 0., HUGE_REAL)
-                        .turbi(2., 0., HUGE_REAL)
-                        .when("AG_OB_DIST", MP_DIST_CONSTANT)
-                        .unit(h)
-                        .doc(o, "Constant", "Thickness laid by one flood, constant law (m)"),
-                    real("AG_OB_MIN", 0.07, 0., HUGE_REAL)
-                        .turbi(1.4, 0., HUGE_REAL)
-                        .when("AG_OB_DIST", MP_DIST_UNIFORM)
-                        .unit(h)
-                        .doc(o, "Minimum", "Smallest thickness laid by one flood, uniform law (m)"),
-                    real("AG_OB_MAX", 0.13, 0.03, HUGE_REAL)
-                        .turbi(2.6, 0.03, HUGE_REAL)
-                        .when("AG_OB_DIST", MP_DIST_UNIFORM)
-                        .unit(h)
-                        .doc(o, "Maximum", "Largest thickness laid by one flood, uniform law (m)"),
-                    real("AG_OB_NORM_MEAN", 0.1, 0., HUGE_REAL)
-                        .turbi(2., 0., HUGE_REAL)
-                        .when("AG_OB_DIST", MP_DIST_GAUSSIAN)
-                        .unit(h)
-                        .doc(o, "Gaussian mean", "Mean thickness laid by one flood, Gaussian law (m)"),
-                    real("AG_OB_NORM_STDEV", 0.03, 0., HUGE_REAL)
-                        .turbi(0.6, 0., HUGE_REAL)
-                        .when("AG_OB_DIST", MP_DIST_GAUSSIAN)
-                        .unit(h)
-                        .doc(o, "Gaussian standard deviation",
-                             "Spread of the thickness laid by one flood, Gaussian law (m)"),
-                    real("AG_OB_LOGNORM_MEAN", 0.1, 0., HUGE_REAL)
-                        .turbi(2., 0., HUGE_REAL)
-                        .when("AG_OB_DIST", MP_DIST_LOGNORMAL)
-                        .unit(h)
-                        .doc(o, "Lognormal mean", "Mean thickness laid by one flood, lognormal law (m)"),
-                    real("AG_OB_LOGNORM_STDEV", 0.03, 0., HUGE_REAL)
-                        .turbi(0.6, 0., HUGE_REAL)
-                        .when("AG_OB_DIST", MP_DIST_LOGNORMAL)
-                        .unit(h)
-                        .doc(o, "Lognormal standard deviation",
-                             "Spread of the thickness laid by one flood, lognormal law (m)"),
-                });
     rows.push_back(
         real("AG_OB_PEAT", 0., 0., 99.)
             .unit("%")
             .doc(o, "Peat (%)", "Share of the low dry places that fill with peat at each flood (%)"));
     rows.push_back(real("AG_OB_PEL_DRAP_INT", 0., 0., 100.)
-                       .unit("iterations")
+                       .unit("m/10000 iterations")
                        .doc(o, "Pelagic Draping Interval",
-                            "Time over which pelagic rain is laid at each flood, 0 for none (iterations)"));
+                            "Rate of the pelagic or draping rain on dry land between floods, 0 for none "
+                            "(m/10000 iterations)"));
     return rows;
 }
 
@@ -460,11 +452,13 @@ std::vector<ParameterDeclaration> declare_wells_and_sediment()
             .turbi(0.8, 0., HUGE_REAL)
             .tier(TIER_RESEARCH)
             .doc("Mass balance", "Coefficient",
-                 "Share of the carried load the channel may deposit per iteration"),
+                 "Factor on the volume the flow carries (mean load times channel volume) that the channel "
+                 "may deposit"),
         real("GR_THRESHOLD", 0.75, 0.05, 0.95)
             .tier(TIER_PREMIUM)
             .doc(gr, "Threshold",
-                 "Share of the flow depth above which point bars turn to finer grains (0 to 1)"),
+                 "Cumulated share of the suspended load, finest first, that sets the grain of a deposit (0 "
+                 "to 1)"),
         integer("GR_PB_OPTIM_MIN", 6, 1, 10)
             .tier(TIER_RESEARCH)
             .unit("class")
@@ -478,7 +472,7 @@ std::vector<ParameterDeclaration> declare_wells_and_sediment()
         real("GR_PB_OPTIM_ALPHA", 0.25, 0.05, 0.95)
             .tier(TIER_RESEARCH)
             .doc(gr, "Optimization Alpha",
-                 "Weight of the curvature in the optimised point bar profile (0 to 1)"),
+                 "Tuning coefficient of the optimised point bar grain profile (0 to 1)"),
     };
 }
 
@@ -505,7 +499,7 @@ std::vector<ParameterDeclaration> declare_switches()
             .doc(gr, "Variable Point Bar Grain Size", "Whether point bars fine upwards"),
         flag("GR_QUICK_C0", false)
             .tier(TIER_PREMIUM)
-            .doc(gr, "Quick C0", "Whether the near-bed concentration is estimated quickly"),
+            .doc(gr, "Quick C0", "Whether the near-bed sediment concentration uses the quick fitted formula"),
         flag("GR_PB_PROXY", false)
             .tier(TIER_RESEARCH)
             .doc(gr, "Proxy", "Whether the point bar grain profile comes from a proxy of the flow depth"),
