@@ -744,6 +744,8 @@ TEST(Parameters, DescriptionListsEverySettingBehindThePrefix)
     const std::string all = p.getParamsDesc("> ", true);
     EXPECT_NE(all.find("CHNL_WIDTH"), std::string::npos);
     EXPECT_NE(all.find("SED_LOAD_VOL_14"), std::string::npos);
+    // Integers read as integers, not as 1.65426e+08.
+    EXPECT_NE(all.find(" = 165426111\n"), std::string::npos);
     EXPECT_NE(all.find("Fluvial"), std::string::npos);
     std::string::size_type start = 0;
     int lines = 0;
