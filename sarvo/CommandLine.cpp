@@ -10,6 +10,8 @@ const CmdLineEntry g_cmdLineDesc[] = {
     {true, "v", "verbose", "Launch in Verbose mode"},
     {true, "s", "nosplash", "No splash screen at startup"},
     {false, "b", "batch", "Launch in Batch mode"},
+    {true, "k", "keywords", "Prints the reference of every batch keyword and exits"},
+    {true, "V", "version", "Prints the version and exits"},
 };
 const int g_cmdLineDescSize = sizeof(g_cmdLineDesc) / sizeof(g_cmdLineDesc[0]);
 
@@ -42,6 +44,12 @@ void apply_switch(const CmdLineEntry& e, CommandLineOptions& options)
         break;
     case 's':
         options.no_splash = true;
+        break;
+    case 'k':
+        options.keywords = true;
+        break;
+    case 'V':
+        options.version = true;
         break;
     default:
         break;
@@ -142,7 +150,7 @@ bool CommandLine::parse(int argc, const char* const* argv, CommandLineOptions& o
 std::string CommandLine::usage(const std::string& program)
 {
     std::ostringstream s;
-    s << "Usage: " << program << " [-h] [-f] [-p] [-v] [-s] [-b <file>]\n";
+    s << "Usage: " << program << " [-h] [-f] [-p] [-v] [-s] [-k] [-V] [-b <file>]\n";
     for (const CmdLineEntry& e : g_cmdLineDesc)
     {
         std::string names =
@@ -156,5 +164,7 @@ std::string CommandLine::usage(const std::string& program)
          "  1  the batch file failed to load\n"
          "  2  the batch was loaded but its launch failed\n"
          "  3  nothing was run: bad command line, or a mode this version does not allow\n";
+    s << "\nThe batch file is told in doc/USERS_GUIDE.md; every keyword, with its default,\n"
+         "range and unit, is listed by --keywords (also in doc/KEYWORDS.md).\n";
     return s.str();
 }

@@ -25,6 +25,8 @@ struct CommandLineOptions
     bool premium = false;
     bool verbose = false;
     bool no_splash = false;
+    bool keywords = false;
+    bool version = false;
     std::string batch_file; // empty unless -b was given with a value
 };
 

@@ -5,6 +5,7 @@
 #include "RunReport.h"
 #include "interface/iParameters.h"
 #include "interface/iSimulator.h"
+#include "kernel/KeywordReference.h"
 #include "kernel/NewJournalFile.h"
 
 #ifdef SARVO_WITH_GUI
@@ -88,6 +89,12 @@ int Main::run(int argc, char** argv)
     _batch_file = options.batch_file;
     _tracer->setTraceFunction(trace_function);
     FixDistribution(options);
+    if (options.version || options.keywords)
+    {
+        std::cout << (options.version ? "Sarvo " + _parameters->getFullVersion() + "\n"
+                                      : KeywordReference::markdown());
+        return EXIT_DONE;
+    }
     _tracer->info("Sarvo " + _parameters->getFullVersion());
 
     try

@@ -38,6 +38,8 @@ struct JournalEntry
     static JournalEntry real(const std::string& label, const std::string& name);
     static JournalEntry boolean(const std::string& label, const std::string& name);
     static JournalEntry expert(Kind kind, const std::string& label, Getter getter, Setter setter);
+    // The registry parameter `name` with the kind and label it is declared with.
+    static JournalEntry declared(const std::string& name);
 
     bool isValue() const { return kind != LEVEL_UP && kind != LEVEL_DOWN; }
     double value(const iParameters& params) const;

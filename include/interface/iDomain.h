@@ -47,6 +47,6 @@ public:
     virtual void min_and_max_elevation_rel(double& zmin, double& zmax) const = 0;
     virtual void min_and_max_elevation_geo(double& zmin, double& zmax) const = 0;
     virtual double mean_topo_geo(bool with_water) const = 0;
-    // Age of the oldest base of the block.
+    // Age of the oldest deposit left in the block, 2147483647 when there is none.
     virtual unsigned int oldest_age() const = 0;
 };

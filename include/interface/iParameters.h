@@ -124,4 +124,8 @@ public:
 
     // Turbidite and lobes share every turbiditic rule.
     virtual bool usingTurbiOrLobes() const = 0;
+
+    // The value of `name` as a user reads it in a log: integers as integers,
+    // reals with six significant digits, booleans as 0 or 1, "??" when unknown.
+    virtual std::string getParamText(const std::string& name) const = 0;
 };

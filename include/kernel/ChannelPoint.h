@@ -6,6 +6,7 @@
 #include "interface/iChannelPoint.h"
 #include "kernel/Flow.h"
 #include "kernel/LinkedElement1D.h"
+#include "kernel/ParameterCodes.h"
 #include "kernel/Point2D.h"
 #include "kernel/Point3D.h"
 #include "kernel/Vector2D.h"

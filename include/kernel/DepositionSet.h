@@ -94,6 +94,8 @@ public:
     // Rebuilds the whole column as one facies.
     void replace_facies(const Facies& facies);
 
+    // Age of the lowest unit that holds sediment; MP_UNDEF_UINT when none does.
+    uint32_t oldest_deposit_age() const;
     // Facies and age at the top of the unit at geographic elevation z.
     void slice_info(double z, Facies& facies, uint32_t& age) const;
     // Geographic elevation of the horizon of the given age, 1e30 if not in the column.

@@ -2,18 +2,13 @@
 // Laws that give the size of an event (an aggradation step, an overbank
 // thickness, a channel scale), each drawing from the shared SeedGenerator.
 
+#include "kernel/ParameterCodes.h"
 #include "kernel/SeedGenerator.h"
 
 #include <memory>
 
 class InDataFile;
 class OutDataFile;
-
-// Law codes of DistGenParamType::_type.
-constexpr int MP_DIST_CONSTANT = 0;
-constexpr int MP_DIST_UNIFORM = 1;
-constexpr int MP_DIST_GAUSSIAN = 2;
-constexpr int MP_DIST_LOGNORMAL = 3;
 
 // The parameters of a law as the registry gives them.
 struct DistGenParamType

@@ -10,6 +10,7 @@
 #include "kernel/Facies.h"
 #include "kernel/Grid2D.h"
 #include "kernel/Line2D.h"
+#include "kernel/ParameterCodes.h"
 #include "kernel/Point2D.h"
 #include "kernel/SteepestError.h"
 #include "kernel/Vector2D.h"
@@ -30,16 +31,6 @@ class MeanderCalculator;
 class SeedGenerator;
 class TectoMap;
 class Topo;
-
-// How a new surface replaces the topography.
-enum SurfMode
-{
-    SURF_EXCD = 0,         // not supported for a replacement
-    SURF_ERODE_FILL = 1,   // erode above the surface, fill below it
-    SURF_FILL = 2,         // fill only
-    SURF_ERODE = 3,        // erode only
-    SURF_ERODE_BOTTOM = 4, // raise the base of the block up to the surface
-};
 
 class Domain : public Grid2D<DepositionSet>, public iDomain
 {

@@ -9,6 +9,7 @@
 #include <vector>
 
 class iTracer;
+struct ParameterDeclaration;
 
 struct tstring
 {
@@ -153,6 +154,8 @@ public:
 
     bool usingTurbiOrLobes() const override;
 
+    std::string getParamText(const std::string& name) const override;
+
 private:
     void resetDouble(const std::string& name, double def, double min, double max,
                      const std::string& control = std::string(), int value = 0);
@@ -161,10 +164,7 @@ private:
     void resetIntIdx(const std::string& name, int index, int def, int min, int max);
     void resetBool(const std::string& name, bool def);
     void resetString(const std::string& name, const std::string& def);
-    void resetGeometry(bool turbiditic);
-    void resetCommon();
-    void resetSedLoad(bool turbiditic);
-    void resetTurbiditic();
+    void resetDeclared(const ParameterDeclaration& row, bool turbiditic);
     void traceError(const std::string& text) const;
 
     // Borrowed; receives the refusals of the expert setters.

@@ -5,6 +5,7 @@
 
 #include "kernel/ChannelGrid.h"
 #include "kernel/DistributionGenerator.h"
+#include "kernel/ParameterCodes.h"
 #include "kernel/Point2D.h"
 #include "kernel/Vector2D.h"
 
@@ -14,14 +15,6 @@ class Domain;
 class MassBalance;
 class MeanderCalculator;
 class SeedGenerator;
-
-// Family id of a background deposit: none, draping or pelagic.
-enum DrapingFacies
-{
-    DRAPING_NONE = 0,
-    DRAPING_DRAPING = 12,
-    DRAPING_PELAGIC = 13
-};
 
 class Splay
 {

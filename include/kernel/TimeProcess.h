@@ -3,17 +3,13 @@
 // equilibrium profile change, statistics) takes place.
 
 #include "kernel/DistributionGenerator.h"
+#include "kernel/ParameterCodes.h"
 
 #include <memory>
 #include <string>
 
 class InDataFile;
 class OutDataFile;
-
-// Process codes of TimeProcessParamType::_type.
-constexpr int MP_PROCESS_NEVER = 0;
-constexpr int MP_PROCESS_PERIODIC = 1;
-constexpr int MP_PROCESS_POISSON = 2;
 
 // The parameters of a clock as the registry gives them.
 struct TimeProcessParamType

@@ -3,6 +3,8 @@
 #include "gui/InputJournalFile.h"
 #include "gui/OutputJournalFile.h"
 #include "interface/iParameters.h"
+#include "kernel/Assert.h"
+#include "kernel/ParameterDeclarations.h"
 
 JournalEntry JournalEntry::up(const std::string& label)
 {
@@ -32,6 +34,15 @@ JournalEntry JournalEntry::boolean(const std::string& label, const std::string& 
 JournalEntry JournalEntry::expert(Kind kind, const std::string& label, Getter getter, Setter setter)
 {
     return JournalEntry{kind, label, "", -1, getter, setter};
+}
+
+JournalEntry JournalEntry::declared(const std::string& name)
+{
+    const ParameterDeclaration* row = ParameterDeclarations::find(name);
+    MP_ASSERT(row != nullptr && row->count == 0);
+    const Kind kind = row->type == PARAM_INT ? INTEGER : row->type == PARAM_REAL ? REAL : BOOLEAN;
+    MP_ASSERT(row->type != PARAM_STRING);
+    return JournalEntry{kind, row->label, name, -1, nullptr, nullptr};
 }
 
 double JournalEntry::value(const iParameters& params) const

@@ -2,6 +2,7 @@
 
 #include "gui/DomainParameters.h"
 #include "interface/iParameters.h"
+#include "kernel/ParameterDeclarations.h"
 
 namespace
 {
@@ -26,30 +27,29 @@ E expert_bool(const std::string& label, E::Getter getter, E::Setter setter)
 // The period and the Poisson mean of an event clock, under its frequency law.
 void add_clock(std::vector<E>& entries, const std::string& prefix)
 {
-    entries.push_back(E::integer("Frequency (0 never, 1 periodic, 2 Poisson)", prefix + "_FREQ"));
-    entries.push_back(E::integer("Period (iterations)", prefix + "_PERIOD"));
-    entries.push_back(E::integer("Poisson mean (iterations)", prefix + "_POISSON"));
+    entries.push_back(E::declared(prefix + "_FREQ"));
+    entries.push_back(E::declared(prefix + "_PERIOD"));
+    entries.push_back(E::declared(prefix + "_POISSON"));
 }
 
 // The law of a drawn quantity and the parameters of its four forms.
 void add_distribution(std::vector<E>& entries, const std::string& prefix)
 {
-    entries.push_back(
-        E::integer("Distribution (0 constant, 1 uniform, 2 Gaussian, 3 lognormal)", prefix + "_DIST"));
-    entries.push_back(E::real("Constant", prefix + "_CONST"));
-    entries.push_back(E::real("Minimum", prefix + "_MIN"));
-    entries.push_back(E::real("Maximum", prefix + "_MAX"));
-    entries.push_back(E::real("Gaussian mean", prefix + "_NORM_MEAN"));
-    entries.push_back(E::real("Gaussian standard deviation", prefix + "_NORM_STDEV"));
-    entries.push_back(E::real("Lognormal mean", prefix + "_LOGNORM_MEAN"));
-    entries.push_back(E::real("Lognormal standard deviation", prefix + "_LOGNORM_STDEV"));
+    entries.push_back(E::declared(prefix + "_DIST"));
+    entries.push_back(E::declared(prefix + "_CONST"));
+    entries.push_back(E::declared(prefix + "_MIN"));
+    entries.push_back(E::declared(prefix + "_MAX"));
+    entries.push_back(E::declared(prefix + "_NORM_MEAN"));
+    entries.push_back(E::declared(prefix + "_NORM_STDEV"));
+    entries.push_back(E::declared(prefix + "_LOGNORM_MEAN"));
+    entries.push_back(E::declared(prefix + "_LOGNORM_STDEV"));
 }
 
 std::vector<E> simulation_entries()
 {
     return {
         E::up("Simulation"),
-        E::integer("Seed", "SIM_SEED"),
+        E::declared("SIM_SEED"),
         E::up("Expert"),
         expert_int(
             "Real Sinuosity Computation Interval",
@@ -83,10 +83,7 @@ std::vector<E> simulation_entries()
 std::vector<E> surface_entries()
 {
     return {
-        E::up("Surfaces"),
-        E::real("Reference Elevation (m)", "DOMAIN_ZREF"),
-        E::real("Slope", "DOMAIN_SLOPE"),
-        E::integer("Upper Limit Type", "ZUL_TYPE"),
+        E::up("Surfaces"), E::declared("DOMAIN_ZREF"), E::declared("DOMAIN_SLOPE"), E::declared("ZUL_TYPE"),
         E::down(),
     };
 }
@@ -95,10 +92,10 @@ std::vector<E> wells_entries()
 {
     return {
         E::up("Wells"),
-        E::real("Relaxation (%)", "COND_WELL_RELAX"),
-        E::boolean("Closure Active", "COND_WELL_CLOSURE_ON"),
-        E::real("Closure", "COND_WELL_CLOSURE"),
-        E::boolean("Stop When All Wells Honored", "COND_WELL_STOP_HONORED"),
+        E::declared("COND_WELL_RELAX"),
+        E::declared("COND_WELL_CLOSURE_ON"),
+        E::declared("COND_WELL_CLOSURE"),
+        E::declared("COND_WELL_STOP_HONORED"),
         E::up("Expert"),
         expert_int(
             "Maximum Well Influence Distance Factor",
@@ -128,20 +125,20 @@ std::vector<E> network_entries()
 {
     return {
         E::up("Channel"),
-        E::real("Width (m)", "CHNL_WIDTH"),
-        E::real("Maximum Depth (m)", "CHNL_MAX_DEPTH"),
-        E::real("Wavelength (m)", "CHNL_WAVELENGTH"),
-        E::real("Margin (%)", "CHNL_MARGIN"),
-        E::real("Flow Direction (degrees)", "CHNL_FLW_DIR"),
+        E::declared("CHNL_WIDTH"),
+        E::declared("CHNL_MAX_DEPTH"),
+        E::declared("CHNL_WAVELENGTH"),
+        E::declared("CHNL_MARGIN"),
+        E::declared("CHNL_FLW_DIR"),
         E::up("Scale"),
-        E::integer("Distribution (0 constant, 1 uniform, 2 Gaussian, 3 lognormal)", "CHNL_SCALE_DIST"),
-        E::real("Constant", "CHNL_SCALE_CONST"),
-        E::real("Minimum", "CHNL_SCALE_MIN"),
-        E::real("Maximum", "CHNL_SCALE_MAX"),
-        E::real("Gaussian mean", "CHNL_SCALE_NORM_MEAN"),
-        E::real("Gaussian standard deviation", "CHNL_SCALE_NORM_STDEV"),
-        E::real("Lognormal mean", "CHNL_SCALE_LOGNORM_MEAN"),
-        E::real("Lognormal standard deviation", "CHNL_SCALE_LOGNORM_STDEV"),
+        E::declared("CHNL_SCALE_DIST"),
+        E::declared("CHNL_SCALE_CONST"),
+        E::declared("CHNL_SCALE_MIN"),
+        E::declared("CHNL_SCALE_MAX"),
+        E::declared("CHNL_SCALE_NORM_MEAN"),
+        E::declared("CHNL_SCALE_NORM_STDEV"),
+        E::declared("CHNL_SCALE_LOGNORM_MEAN"),
+        E::declared("CHNL_SCALE_LOGNORM_STDEV"),
         E::down(),
         E::down(),
     };
@@ -151,8 +148,8 @@ std::vector<E> erodibility_entries()
 {
     return {
         E::up("Erodibility"),
-        E::real("Coefficient", "EROD_COEF"),
-        E::real("Offset", "EROD_OFFSET"),
+        E::declared("EROD_COEF"),
+        E::declared("EROD_OFFSET"),
         expert_real(
             "Bank Erodibility Coefficient", [](const iParameters& p) { return p.getBankErodCoeff(); },
             [](iParameters& p, double v) { p.setBankErodCoeff(v); }),
@@ -164,22 +161,21 @@ std::vector<E> avulsion_entries()
 {
     std::vector<E> entries = {E::up("Avulsions"), E::up("Local")};
     add_clock(entries, "AV_LOC");
-    entries.push_back(E::real("Probability 1", "AV_LOC_PROB1"));
-    entries.push_back(E::real("Probability 2", "AV_LOC_PROB2"));
+    entries.push_back(E::declared("AV_LOC_PROB1"));
+    entries.push_back(E::declared("AV_LOC_PROB2"));
     entries.push_back(E::down());
     entries.push_back(E::up("Regional"));
     add_clock(entries, "AV_REG");
     entries.push_back(E::down());
-    entries.push_back(E::boolean("Levee Overbank", "AV_LV_OB"));
-    entries.push_back(E::boolean("No Crevasse Splay", "AV_NO_SPLAY"));
+    entries.push_back(E::declared("AV_LV_OB"));
+    entries.push_back(E::declared("AV_NO_SPLAY"));
     entries.push_back(E::down());
     return entries;
 }
 
 std::vector<E> equilibrium_entries()
 {
-    std::vector<E> entries = {E::up("Equilibrium Profile"),
-                              E::real("Initial Elevation (m)", "AG_EP_INIT_ELEV")};
+    std::vector<E> entries = {E::up("Equilibrium Profile"), E::declared("AG_EP_INIT_ELEV")};
     add_clock(entries, "AG_EP");
     add_distribution(entries, "AG_EP");
     entries.push_back(E::down());
@@ -190,14 +186,14 @@ std::vector<E> grainsize_entries()
 {
     return {
         E::up("Grain Size"),
-        E::real("Threshold", "GR_THRESHOLD"),
-        E::boolean("Variable Point Bar Grain Size", "GR_PB"),
-        E::boolean("Quick C0", "GR_QUICK_C0"),
-        E::boolean("Proxy", "GR_PB_PROXY"),
-        E::boolean("Optimization", "GR_PB_OPTIM"),
-        E::integer("Optimization Minimum Class", "GR_PB_OPTIM_MIN"),
-        E::integer("Optimization Maximum Class", "GR_PB_OPTIM_MAX"),
-        E::real("Optimization Alpha", "GR_PB_OPTIM_ALPHA"),
+        E::declared("GR_THRESHOLD"),
+        E::declared("GR_PB"),
+        E::declared("GR_QUICK_C0"),
+        E::declared("GR_PB_PROXY"),
+        E::declared("GR_PB_OPTIM"),
+        E::declared("GR_PB_OPTIM_MIN"),
+        E::declared("GR_PB_OPTIM_MAX"),
+        E::declared("GR_PB_OPTIM_ALPHA"),
         E::up("Expert"),
         expert_int(
             "Minimum Grain Size Class", [](const iParameters& p) { return double(p.getMinGrainsize()); },
@@ -212,10 +208,11 @@ std::vector<E> grainsize_entries()
 
 std::vector<E> sediment_entries()
 {
-    std::vector<E> entries = {E::up("Sediment Load"), E::real("Mean Load", "SED_LOAD_MEAN"),
-                              E::up("Volume by Class (%)")};
-    for (int index = 0; index < 15; index++)
-        entries.push_back(E::integer("Class " + std::to_string(index), "SED_LOAD_VOL", index));
+    // One value per grain size class of the declared family.
+    const ParameterDeclaration* volumes = ParameterDeclarations::find("SED_LOAD_VOL");
+    std::vector<E> entries = {E::up("Sediment Load"), E::declared("SED_LOAD_MEAN"), E::up(volumes->label)};
+    for (int index = 0; index < volumes->count; index++)
+        entries.push_back(E::integer("Class " + std::to_string(index), volumes->name, index));
     entries.push_back(E::down());
     entries.push_back(E::down());
     return entries;
@@ -225,8 +222,8 @@ std::vector<E> mass_balance_entries()
 {
     return {
         E::up("Mass Balance"),
-        E::boolean("Active", "MASS_BAL_ACTIVE"),
-        E::real("Coefficient", "MASS_BAL_COEF"),
+        E::declared("MASS_BAL_ACTIVE"),
+        E::declared("MASS_BAL_COEF"),
         E::down(),
     };
 }
@@ -234,18 +231,15 @@ std::vector<E> mass_balance_entries()
 std::vector<E> aggradation_entries()
 {
     std::vector<E> entries = {
-        E::up("Aggradation"),
-        E::integer("Type (0 none, 1 draping, 2 overbank, 3 ghost migration, 4 erosive)", "AG_TYPE"),
-        E::integer("Draping Facies", "AG_DRAP"),
-        E::real("Exponential Decrease Thickness (m)", "AG_EXP_DEC_THICK"),
-        E::real("Levee Width", "AG_LV_WIDTH"),
-        E::boolean("Random Lambda", "AG_RAND_LAMBDA"),
+        E::up("Aggradation"),       E::declared("AG_TYPE"),
+        E::declared("AG_DRAP"),     E::declared("AG_EXP_DEC_THICK"),
+        E::declared("AG_LV_WIDTH"), E::declared("AG_RAND_LAMBDA"),
         E::up("Overbank"),
     };
     add_clock(entries, "AG_OB");
     add_distribution(entries, "AG_OB");
-    entries.push_back(E::real("Peat (%)", "AG_OB_PEAT"));
-    entries.push_back(E::real("Pelagic Draping Interval", "AG_OB_PEL_DRAP_INT"));
+    entries.push_back(E::declared("AG_OB_PEAT"));
+    entries.push_back(E::declared("AG_OB_PEL_DRAP_INT"));
     entries.push_back(E::down());
     entries.push_back(E::down());
     return entries;

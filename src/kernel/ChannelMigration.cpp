@@ -102,7 +102,7 @@ void Channel::migrate_all_points(Domain* domain, double dt)
         const Vector2D direction = right ? Vector2D(-n) : n;
         const Point2D bank = *cp + direction * _half_width;
         double erodibility = cp->find_erodibility(domain, bank, direction, cp->getFlowHmax());
-        if (cp->status() == 1 || cp->status() == 2)
+        if (cp->status() == POINT_SPEEDED_UP || cp->status() == POINT_SLOWED_DOWN)
             erodibility *= cp->mig_factor();
         const Point2D moved = *cp + n * (dt * erodibility * u1);
         cp->reset(moved.get_abscissa(), moved.get_ordinate(), cp->get_elevation());
@@ -265,12 +265,13 @@ void Channel::keep_one_well_by_meander()
             kept = cp;
             continue;
         }
-        if (cp->status() == 2 && kept->mig_factor() > cp->mig_factor())
+        if (cp->status() == POINT_SLOWED_DOWN && kept->mig_factor() > cp->mig_factor())
         {
             kept->reset_status();
             kept = cp;
         }
-        else if (cp->status() == 1 && kept->status() == 1 && cp->mig_factor() > kept->mig_factor())
+        else if (cp->status() == POINT_SPEEDED_UP && kept->status() == POINT_SPEEDED_UP &&
+                 cp->mig_factor() > kept->mig_factor())
         {
             kept->reset_status();
             kept = cp;
@@ -285,7 +286,7 @@ void Channel::propagate_status()
     ChannelPoint* cp = _first;
     while (cp != nullptr)
     {
-        if (cp->status() == 0)
+        if (cp->status() == POINT_FREE)
         {
             cp = cp->next();
             continue;

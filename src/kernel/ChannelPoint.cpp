@@ -57,7 +57,7 @@ ChannelPoint::ChannelPoint(MeanderCalculator const* mc, const ChannelPoint& othe
     : LinkedElement1D<Point3D>(static_cast<const Point3D&>(other)), _slope(other._slope),
       _hmean(other._hmean), _flow(mc, other._flow), _curvature(other._curvature), _ds(other._ds),
       _s(other._s), _normal(other._normal), _aggrad_increase(other._aggrad_increase),
-      _mig_factor(other._mig_factor), _well(nullptr), _status(0), _mc(mc)
+      _mig_factor(other._mig_factor), _well(nullptr), _status(POINT_FREE), _mc(mc)
 {
     link_between(this, prev, next);
 }
@@ -78,7 +78,7 @@ void ChannelPoint::init_fields()
     _aggrad_increase = 0.;
     _mig_factor = 1.;
     _well = nullptr;
-    _status = 0;
+    _status = POINT_FREE;
 }
 
 void ChannelPoint::init_from_points(double width, const std::vector<double>& proportions, ChannelPoint* prev,
@@ -136,7 +136,7 @@ void ChannelPoint::reset_status()
     Well* old = _well;
     _well = nullptr;
     tell_point_lost(old);
-    _status = 0;
+    _status = POINT_FREE;
     _mig_factor = 1.;
 }
 

@@ -366,6 +366,19 @@ uint32_t DepositionSet::bottom_age() const
     return deltas > _age ? 0 : _age - deltas;
 }
 
+// Hiatus units hold no sediment: the oldest deposit is the first unit with steps.
+uint32_t DepositionSet::oldest_deposit_age() const
+{
+    uint32_t age = bottom_age();
+    for (const DepositionUnit& u : _units)
+    {
+        age += u.age_delta();
+        if (u.thickness_steps() > 0)
+            return age;
+    }
+    return MP_UNDEF_UINT;
+}
+
 void DepositionSet::slice_info(double z, Facies& facies, uint32_t& age) const
 {
     age = _age;

@@ -984,13 +984,7 @@ unsigned int Domain::oldest_age() const
     unsigned int oldest = MP_UNDEF_UINT;
     for (int j = 0; j < _ny; ++j)
         for (int i = 0; i < _nx; ++i)
-        {
-            const DepositionSet& ds = getObject(i, j);
-            unsigned int age = ds.get_age();
-            for (const DepositionUnit& u : ds.units())
-                age -= u.age_delta();
-            oldest = std::min(oldest, age);
-        }
+            oldest = std::min<unsigned int>(oldest, getObject(i, j).oldest_deposit_age());
     return oldest;
 }
 

@@ -8,7 +8,9 @@
 #include "interface/iTracer.h"
 #include "kernel/Constants.h"
 #include "kernel/NewJournalFile.h"
+#include "kernel/ParameterCodes.h"
 
+#include <cmath>
 #include <istream>
 
 #include <string>
@@ -17,7 +19,7 @@ namespace journal_support
 {
 
 // The last facies family a batch may name.
-constexpr int LAST_FACIES_FAMILY = 13;
+constexpr int LAST_FACIES_FAMILY = FILL_LAST;
 
 // A keyword left out keeps the undefined value.
 inline bool is_set(int value)
@@ -78,6 +80,13 @@ bool read_section(std::istream& stream, std::string& line, iTracer* tracer, Read
 inline std::string int_text(int value)
 {
     return std::to_string(value);
+}
+
+// An elevation for a message, to the micrometre: the noise of sums of reals
+// (4.03844e-15 for 0) is not shown.
+inline std::string elevation_text(double z)
+{
+    return NewJournalFile::text(std::round(z / MP_EPSILON) * MP_EPSILON + 0.);
 }
 
 } // namespace journal_support

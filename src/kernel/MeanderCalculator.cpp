@@ -6,6 +6,7 @@
 #include "kernel/Core.h"
 #include "kernel/CoreList.h"
 #include "kernel/Facies.h"
+#include "kernel/ParameterCodes.h"
 
 #include <algorithm>
 #include <cmath>
@@ -108,9 +109,9 @@ int event_interval(iParameters const* p, const std::string& freq, const std::str
 {
     switch (p->getParamInt(freq))
     {
-    case 1:
+    case MP_PROCESS_PERIODIC:
         return p->getParamInt(period);
-    case 2:
+    case MP_PROCESS_POISSON:
         return p->getParamInt(poisson);
     default:
         return 0;
@@ -122,11 +123,11 @@ double mean_overbank_intensity(iParameters const* p)
 {
     switch (p->getParamInt("AG_OB_DIST"))
     {
-    case 0:
+    case MP_DIST_CONSTANT:
         return p->getParamDouble("AG_OB_CONST");
-    case 1:
+    case MP_DIST_UNIFORM:
         return 0.5 * (p->getParamDouble("AG_OB_MIN") + p->getParamDouble("AG_OB_MAX"));
-    case 2:
+    case MP_DIST_GAUSSIAN:
         return p->getParamDouble("AG_OB_NORM_MEAN");
     default:
         return p->getParamDouble("AG_OB_LOGNORM_MEAN");
@@ -510,7 +511,7 @@ int MeanderCalculator::check_consistency() const
     const double margin = p->getParamDouble("CHNL_MARGIN");
     const double levee = p->getParamDouble("AG_LV_WIDTH");
     const int ag_type = p->getParamInt("AG_TYPE");
-    const bool overbank = ag_type == 2;
+    const bool overbank = ag_type == AG_OVERBANK;
     const Domain2D dom = domain_of(p);
 
     // Slope within one order of magnitude of the default slope of the system type.
@@ -606,10 +607,10 @@ int MeanderCalculator::check_consistency() const
                    "). Levee facies in wells won't attract the channel anymore.");
 
     // Below mean - 2 sigma, a Gaussian law gives negative values.
-    const bool aggrading = ag_type == 2 || ag_type == 4;
+    const bool aggrading = ag_type == AG_OVERBANK || ag_type == AG_EROSIVE;
     const double ob_mean = p->getParamDouble("AG_OB_NORM_MEAN");
     const double ob_stdev = p->getParamDouble("AG_OB_NORM_STDEV");
-    if (aggrading && p->getParamInt("AG_OB_DIST") == 2 && ob_stdev > ob_mean / 2.)
+    if (aggrading && p->getParamInt("AG_OB_DIST") == MP_DIST_GAUSSIAN && ob_stdev > ob_mean / 2.)
         found.warn("- Aggradation intensity normal standard deviation " + text(ob_stdev) +
                    "m. More than 2,3% of intensity values will be negative.");
 
@@ -655,12 +656,6 @@ int MeanderCalculator::check_consistency() const
 namespace
 {
 constexpr double PER_10000 = 10000.;
-// AG_TYPE values the forecasts distinguish.
-constexpr int AG_DRAPING = 1;
-constexpr int AG_OVERBANK = 2;
-// Event laws set by the inference.
-constexpr int PROCESS_POISSON = 2;
-constexpr int DIST_GAUSSIAN = 2;
 // Spread of the overbank intensity relative to its mean, as in the defaults.
 constexpr double OB_RELATIVE_STDEV = 0.3;
 // Bounds of the periods the inference sets, in iterations.
@@ -935,8 +930,8 @@ void set_event_defaults(iParameters* p)
 void set_period(iParameters* p, const std::string& prefix, double period)
 {
     const int value = static_cast<int>(std::lround(clamp_to(period, MIN_PERIOD, MAX_PERIOD)));
-    if (p->getParamInt(prefix + "_FREQ") != 1)
-        p->setParamInt(prefix + "_FREQ", PROCESS_POISSON);
+    if (p->getParamInt(prefix + "_FREQ") != MP_PROCESS_PERIODIC)
+        p->setParamInt(prefix + "_FREQ", MP_PROCESS_POISSON);
     p->setParamInt(prefix + "_PERIOD", value);
     p->setParamInt(prefix + "_POISSON", value);
 }
@@ -989,10 +984,10 @@ void set_overbank_intensity(iParameters* p, const MeanderCalculator& mc, double 
     // lay none: this is the closest the inference gets.
     const double intensity =
         std::max(0., fines_needed(mc, p, sand)) * period / (PER_10000 * mc.overbank_factor());
-    p->setParamInt("AG_OB_FREQ", PROCESS_POISSON);
+    p->setParamInt("AG_OB_FREQ", MP_PROCESS_POISSON);
     p->setParamInt("AG_OB_PERIOD", period);
     p->setParamInt("AG_OB_POISSON", period);
-    p->setParamInt("AG_OB_DIST", DIST_GAUSSIAN);
+    p->setParamInt("AG_OB_DIST", MP_DIST_GAUSSIAN);
     p->setParamDouble("AG_OB_CONST", intensity);
     p->setParamDouble("AG_OB_NORM_MEAN", intensity);
     p->setParamDouble("AG_OB_NORM_STDEV", intensity * OB_RELATIVE_STDEV);

@@ -22,6 +22,7 @@
 
 namespace
 {
+using journal_support::elevation_text;
 using journal_support::int_text;
 using journal_support::is_set;
 using journal_support::LAST_FACIES_FAMILY;
@@ -1020,8 +1021,8 @@ bool NewJournalFile::exportSimuF2G(bool byAge)
         zbot = is_set(zbot) ? zbot : zmin;
         ztop = is_set(ztop) ? ztop : zmax;
     }
-    _simulator->getTracer()->info("Saving " + file + " between {" + text(zbot) + ", " + text(ztop) +
-                                  "m} by " + text(_f2gDz) + "m...");
+    _simulator->getTracer()->info("Saving " + file + " between {" + elevation_text(zbot) + ", " +
+                                  elevation_text(ztop) + "m} by " + text(_f2gDz) + "m...");
     if (!_simulator->saveSimuF2G(file, _f2gDz, _f2gFacies == 1, _f2gGrain == 1, _f2gAge == 1, _f2gZbot,
                                  _f2gZtop, _f2gOrder))
     {

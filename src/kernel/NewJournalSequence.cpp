@@ -26,10 +26,7 @@ using journal_support::int_text;
 using journal_support::is_set;
 using journal_support::LAST_FACIES_FAMILY;
 
-constexpr int LAST_ZUL_TYPE = 3;
-// With this kind of upper limit the erodibility is built from the limit itself.
-constexpr int ZUL_STRATIGRAPHIC = 3;
-constexpr int DEFAULT_ZUL_TYPE = 1;
+constexpr int DEFAULT_ZUL_TYPE = ZUL_STOP;
 constexpr int NB_SED_CLASSES = 15;
 
 bool in_list(const std::string& key, std::initializer_list<const char*> names)
@@ -447,9 +444,9 @@ bool NewJournalSequence::check()
     else if (_hasTectoFile)
         ok = check_readable(_tectoFile, "Tectonic deformation file ") && ok;
 
-    if ((_hasZulFile && _zulFile.empty()) || (is_set(_zulType) && _zulType != 0 && !zulKnown))
+    if ((_hasZulFile && _zulFile.empty()) || (is_set(_zulType) && _zulType != ZUL_NONE && !zulKnown))
         refuse("Upper limit topography not defined");
-    if (is_set(_zulType) && (_zulType < 0 || _zulType > LAST_ZUL_TYPE))
+    if (is_set(_zulType) && (_zulType < 0 || _zulType > ZUL_LAST))
         refuse("Upper limit type value out of range. " + int_text(_zulType) + " keyword value.");
     if (_hasZulFile && !_zulFile.empty())
         ok = check_readable(_zulFile, "Upper limit topography file ") && ok;
@@ -559,7 +556,7 @@ void NewJournalSequence::report_inferred(bool nexus, bool grid)
         names.insert(names.end(), {"AG_OB_NORM_MEAN", "AG_OB_NORM_STDEV", "AG_EXP_DEC_THICK"});
     tracer->info(std::string(nexus ? "Nexus" : "Neqsus") + " parameters:");
     for (const std::string& name : names)
-        tracer->info("  " + name + " = " + NewJournalFile::text(params->getParam(name)));
+        tracer->info("  " + name + " = " + params->getParamText(name));
 }
 
 int NewJournalSequence::apply_parameters()
@@ -570,8 +567,11 @@ int NewJournalSequence::apply_parameters()
         tracer->info("User defined parameters:");
     for (const auto& entry : _userParams)
     {
-        tracer->info("  " + entry.first + " = " + NewJournalFile::text(entry.second));
-        if (!params->setParam(entry.first, entry.second))
+        // Echoed as stored, so that an integer reads as one.
+        const bool known = params->setParam(entry.first, entry.second);
+        tracer->info("  " + entry.first + " = " +
+                     (known ? params->getParamText(entry.first) : NewJournalFile::text(entry.second)));
+        if (!known)
         {
             tracer->error("Unknown parameter :" + entry.first);
             tracer->error("Available parameters are :\n" + params->getParamsDesc("  ", true));
@@ -731,7 +731,7 @@ int NewJournalSequence::replace_topography()
         return MP_STATUS_OK;
     _simulator->getTracer()->info("New topography");
     const int mode = is_set(_topoMode) ? _topoMode : SURF_ERODE_FILL;
-    const int facies = is_set(_topoFacies) ? _topoFacies : 0;
+    const int facies = is_set(_topoFacies) ? _topoFacies : FILL_NONE;
     if (_topoFile.empty())
     {
         if (!_simulator->replaceTopoFromCst(_topoValue, mode, facies, !_first))
@@ -869,7 +869,9 @@ void NewJournalSequence::report_end()
                  NewJournalFile::text(_simulator->getSandProportion() * 100.));
     if (const iDomain* domain = _simulator->getDomain())
     {
-        tracer->info("  Oldest Age (# it): " + std::to_string(domain->oldest_age()));
+        const unsigned int oldest = domain->oldest_age();
+        tracer->info("  Oldest Age (# it): " +
+                     (oldest == MP_UNDEF_UINT ? std::string("NA") : std::to_string(oldest)));
         tracer->info("  Mean Topography (m): " + NewJournalFile::text(domain->mean_topo_geo(false)));
     }
     tracer->info("  Global Aggradation Rate (m/10000 it): " +

@@ -4,7 +4,7 @@
 #include "kernel/Constants.h"
 #include "kernel/InDataFile.h"
 #include "kernel/OutDataFile.h"
-#include "kernel/SeedGenerator.h"
+#include "kernel/ParameterDeclarations.h"
 
 #include <algorithm>
 #include <climits>
@@ -16,11 +16,6 @@
 namespace
 {
 
-// Integer enumerations have no range: they span every int.
-constexpr int ANY_MIN = INT_MIN;
-constexpr int ANY_MAX = INT_MAX;
-constexpr double HUGE_REAL = MP_MAX_REAL_VALUE;
-
 const std::string SIM_TYPE = "SIM_TYPE";
 const std::string GR_PB = "GR_PB";
 const std::string GR_PB_OPTIM = "GR_PB_OPTIM";
@@ -29,9 +24,6 @@ const std::string FLUVIAL = "Fluvial";
 const std::string TURBIDITE = "Turbidite";
 const std::string LOBES = "Lobes";
 const std::string SED_LOAD_VOL = "SED_LOAD_VOL";
-
-const int SED_VOL_FLUVIAL[MD_NB_CLASS_GR] = {0, 0, 0, 0, 2, 3, 6, 13, 27, 26, 10, 8, 5, 0, 0};
-const int SED_VOL_TURBIDITIC[MD_NB_CLASS_GR] = {0, 1, 2, 3, 4, 8, 17, 25, 22, 8, 5, 3, 2, 0, 0};
 
 const char* const VERSION_STR = "8.502";
 const char* const VERSION_DATE = "2024-03-15";
@@ -404,148 +396,45 @@ void Parameters::resetString(const std::string& name, const std::string& def)
 void Parameters::reset(bool full)
 {
     const bool turbiditic = usingTurbiOrLobes();
-    if (full)
-        resetGeometry(turbiditic);
-    resetCommon();
-    resetSedLoad(turbiditic);
-    if (turbiditic)
-        resetTurbiditic();
+    for (const ParameterDeclaration& row : ParameterDeclarations::all())
+    {
+        if (row.geometry && !full)
+            continue;
+        resetDeclared(row, turbiditic);
+    }
 }
 
-void Parameters::resetGeometry(bool turbiditic)
+void Parameters::resetDeclared(const ParameterDeclaration& row, bool turbiditic)
 {
-    resetDouble("DOMAIN_OX", 0., -HUGE_REAL, HUGE_REAL);
-    resetDouble("DOMAIN_OY", 0., -HUGE_REAL, HUGE_REAL);
-    resetInt("DOMAIN_NX", 251, 20, 5000);
-    resetInt("DOMAIN_NY", 201, 20, 5000);
-    resetDouble("DOMAIN_DX", turbiditic ? 200. : 10., 1., HUGE_REAL);
-    resetDouble("DOMAIN_DY", turbiditic ? 200. : 10., 1., HUGE_REAL);
-    resetDouble("DOMAIN_GRID_DIR", 0., -360., 360.);
-    resetDouble("DOMAIN_ZREF", 0., -HUGE_REAL, HUGE_REAL);
-}
-
-void Parameters::resetCommon()
-{
-    // The congruence stays at 0 forever from a seed equal to its modulus.
-    resetInt("SIM_SEED", 165426111, 1, SeedGenerator::_modulus - 1);
-    resetDouble("DOMAIN_SLOPE", 0.001, 0.0001, 0.1);
-    resetDouble("CHNL_WIDTH", 30., 5., 500.);
-    resetDouble("CHNL_MAX_DEPTH", 3., 0.5, 15.);
-    resetDouble("CHNL_WAVELENGTH", 375., 10., 10000.);
-    resetDouble("CHNL_MARGIN", 12., 1., 100.);
-    resetDouble("CHNL_FLW_DIR", 90., -360., 360.);
-    resetInt("CHNL_SCALE_DIST", 0, ANY_MIN, ANY_MAX);
-    resetDouble("CHNL_SCALE_CONST", 100., 80., 120., "CHNL_SCALE_DIST", 0);
-    resetDouble("CHNL_SCALE_MIN", 80., 50., 100., "CHNL_SCALE_DIST", 1);
-    resetDouble("CHNL_SCALE_MAX", 120., 100., 150., "CHNL_SCALE_DIST", 1);
-    resetDouble("CHNL_SCALE_NORM_MEAN", 100., 90., 110., "CHNL_SCALE_DIST", 2);
-    resetDouble("CHNL_SCALE_NORM_STDEV", 20., 0., 40., "CHNL_SCALE_DIST", 2);
-    resetDouble("CHNL_SCALE_LOGNORM_MEAN", 100., 90., 110., "CHNL_SCALE_DIST", 3);
-    resetDouble("CHNL_SCALE_LOGNORM_STDEV", 20., 0., 40., "CHNL_SCALE_DIST", 3);
-    resetDouble("EROD_COEF", 4e-08, 0., 2e-07);
-    resetDouble("EROD_OFFSET", 0., -HUGE_REAL, HUGE_REAL);
-    resetInt("ZUL_TYPE", 0, ANY_MIN, ANY_MAX);
-    resetInt("AV_LOC_FREQ", 2, ANY_MIN, ANY_MAX);
-    resetInt("AV_LOC_PERIOD", 280, 1, ANY_MAX, "AV_LOC_FREQ", 1);
-    resetInt("AV_LOC_POISSON", 280, 1, ANY_MAX, "AV_LOC_FREQ", 2);
-    resetDouble("AV_LOC_PROB1", 0.5, 0., 1.);
-    resetDouble("AV_LOC_PROB2", 0.9, 0., 1.);
-    resetInt("AV_REG_FREQ", 2, ANY_MIN, ANY_MAX);
-    resetInt("AV_REG_PERIOD", 500, 1, ANY_MAX, "AV_REG_FREQ", 1);
-    resetInt("AV_REG_POISSON", 500, 1, ANY_MAX, "AV_REG_FREQ", 2);
-    resetInt("AG_TYPE", 2, ANY_MIN, ANY_MAX);
-    resetInt("AG_DRAP", 12, ANY_MIN, ANY_MAX);
-    resetDouble("AG_EXP_DEC_THICK", 919., 5., HUGE_REAL);
-    resetDouble("AG_LV_WIDTH", 6., 0.05, HUGE_REAL);
-    resetInt("AG_OB_FREQ", 2, ANY_MIN, ANY_MAX);
-    resetInt("AG_OB_PERIOD", 70, 1, ANY_MAX, "AG_OB_FREQ", 1);
-    resetInt("AG_OB_POISSON", 70, 1, ANY_MAX, "AG_OB_FREQ", 2);
-    resetInt("AG_OB_DIST", 2, ANY_MIN, ANY_MAX);
-    resetDouble("AG_OB_CONST", 0.1, 0., HUGE_REAL, "AG_OB_DIST", 0);
-    resetDouble("AG_OB_MIN", 0.07, 0., HUGE_REAL, "AG_OB_DIST", 1);
-    resetDouble("AG_OB_MAX", 0.13, 0.03, HUGE_REAL, "AG_OB_DIST", 1);
-    resetDouble("AG_OB_NORM_MEAN", 0.1, 0., HUGE_REAL, "AG_OB_DIST", 2);
-    resetDouble("AG_OB_NORM_STDEV", 0.03, 0., HUGE_REAL, "AG_OB_DIST", 2);
-    resetDouble("AG_OB_LOGNORM_MEAN", 0.1, 0., HUGE_REAL, "AG_OB_DIST", 3);
-    resetDouble("AG_OB_LOGNORM_STDEV", 0.03, 0., HUGE_REAL, "AG_OB_DIST", 3);
-    resetDouble("AG_OB_PEAT", 0., 0., 99.);
-    resetDouble("AG_OB_PEL_DRAP_INT", 0., 0., 100.);
-    resetDouble("AG_EP_INIT_ELEV", 9999., -HUGE_REAL, HUGE_REAL);
-    resetInt("AG_EP_FREQ", 0, ANY_MIN, ANY_MAX);
-    resetInt("AG_EP_PERIOD", 70, 1, ANY_MAX, "AG_EP_FREQ", 1);
-    resetInt("AG_EP_POISSON", 70, 1, ANY_MAX, "AG_EP_FREQ", 2);
-    resetInt("AG_EP_DIST", 0, ANY_MIN, ANY_MAX);
-    resetDouble("AG_EP_CONST", 0.1, -HUGE_REAL, HUGE_REAL, "AG_EP_DIST", 0);
-    resetDouble("AG_EP_MIN", 0.07, -HUGE_REAL, HUGE_REAL, "AG_EP_DIST", 1);
-    resetDouble("AG_EP_MAX", 0.13, -HUGE_REAL, HUGE_REAL, "AG_EP_DIST", 1);
-    resetDouble("AG_EP_NORM_MEAN", 0.1, -HUGE_REAL, HUGE_REAL, "AG_EP_DIST", 2);
-    resetDouble("AG_EP_NORM_STDEV", 0.03, 0., HUGE_REAL, "AG_EP_DIST", 2);
-    resetDouble("AG_EP_LOGNORM_MEAN", 0.1, -HUGE_REAL, HUGE_REAL, "AG_EP_DIST", 3);
-    resetDouble("AG_EP_LOGNORM_STDEV", 0.03, 0., HUGE_REAL, "AG_EP_DIST", 3);
-    resetDouble("COND_WELL_RELAX", 20., 0., 100.);
-    resetDouble("COND_WELL_CLOSURE", 0.1, 0.01, 1.);
-    resetDouble("SED_LOAD_MEAN", 0.01, 0.001, 0.5);
-    resetDouble("MASS_BAL_COEF", 0.2, 0., HUGE_REAL);
-    resetDouble("GR_THRESHOLD", 0.75, 0.05, 0.95);
-    resetInt("GR_PB_OPTIM_MIN", 6, 1, 10);
-    resetInt("GR_PB_OPTIM_MAX", 13, 3, 13);
-    resetDouble("GR_PB_OPTIM_ALPHA", 0.25, 0.05, 0.95);
-
-    resetBool("AV_LV_OB", false);
-    resetBool("AV_NO_SPLAY", false);
-    resetBool("AG_RAND_LAMBDA", true);
-    resetBool("COND_WELL_CLOSURE_ON", false);
-    resetBool("COND_WELL_STOP_HONORED", false);
-    resetBool("MASS_BAL_ACTIVE", false);
-    resetBool("GR_PB", false);
-    resetBool("GR_QUICK_C0", false);
-    resetBool("GR_PB_PROXY", false);
-    resetBool("GR_PB_OPTIM", false);
-}
-
-void Parameters::resetSedLoad(bool turbiditic)
-{
-    const int* volumes = turbiditic ? SED_VOL_TURBIDITIC : SED_VOL_FLUVIAL;
-    for (int i = 0; i < MD_NB_CLASS_GR; i++)
-        resetIntIdx(SED_LOAD_VOL, i, volumes[i], 0, 100);
-}
-
-void Parameters::resetTurbiditic()
-{
-    resetDouble("DOMAIN_SLOPE", 0.005, 0.0001, 0.5);
-    resetDouble("CHNL_WIDTH", 800., 20., 4000.);
-    resetDouble("CHNL_MAX_DEPTH", 40., 10., 500.);
-    resetDouble("CHNL_WAVELENGTH", 4000., 100., 20000.);
-    resetDouble("CHNL_MARGIN", 5., 1., 100.);
-    resetDouble("EROD_COEF", 4e-08, 0., 2e-07);
-    resetInt("AV_LOC_PERIOD", 288, 1, ANY_MAX, "AV_LOC_FREQ", 1);
-    resetInt("AV_LOC_POISSON", 288, 1, ANY_MAX, "AV_LOC_FREQ", 2);
-    resetInt("AV_REG_PERIOD", 470, 1, ANY_MAX, "AV_REG_FREQ", 1);
-    resetInt("AV_REG_POISSON", 470, 1, ANY_MAX, "AV_REG_FREQ", 2);
-    resetInt("AG_DRAP", 13, ANY_MIN, ANY_MAX);
-    resetDouble("AG_EXP_DEC_THICK", 8107., 100., HUGE_REAL);
-    resetDouble("AG_LV_WIDTH", 2., 0.05, HUGE_REAL);
-    resetInt("AG_OB_PERIOD", 24, 1, ANY_MAX, "AG_OB_FREQ", 1);
-    resetInt("AG_OB_POISSON", 24, 1, ANY_MAX, "AG_OB_FREQ", 2);
-    resetDouble("AG_OB_CONST", 2., 0., HUGE_REAL, "AG_OB_DIST", 0);
-    resetDouble("AG_OB_MIN", 1.4, 0., HUGE_REAL, "AG_OB_DIST", 1);
-    resetDouble("AG_OB_MAX", 2.6, 0.03, HUGE_REAL, "AG_OB_DIST", 1);
-    resetDouble("AG_OB_NORM_MEAN", 2., 0., HUGE_REAL, "AG_OB_DIST", 2);
-    resetDouble("AG_OB_NORM_STDEV", 0.6, 0., HUGE_REAL, "AG_OB_DIST", 2);
-    resetDouble("AG_OB_LOGNORM_MEAN", 2., 0., HUGE_REAL, "AG_OB_DIST", 3);
-    resetDouble("AG_OB_LOGNORM_STDEV", 0.6, 0., HUGE_REAL, "AG_OB_DIST", 3);
-    resetInt("AG_EP_PERIOD", 24, 1, ANY_MAX, "AG_EP_FREQ", 1);
-    resetInt("AG_EP_POISSON", 24, 1, ANY_MAX, "AG_EP_FREQ", 2);
-    resetDouble("AG_EP_CONST", 2., -HUGE_REAL, HUGE_REAL, "AG_EP_DIST", 0);
-    resetDouble("AG_EP_MIN", 1.4, -HUGE_REAL, HUGE_REAL, "AG_EP_DIST", 1);
-    resetDouble("AG_EP_MAX", 2.6, -HUGE_REAL, HUGE_REAL, "AG_EP_DIST", 1);
-    resetDouble("AG_EP_NORM_MEAN", 2., -HUGE_REAL, HUGE_REAL, "AG_EP_DIST", 2);
-    resetDouble("AG_EP_NORM_STDEV", 0.6, 0., HUGE_REAL, "AG_EP_DIST", 2);
-    resetDouble("AG_EP_LOGNORM_MEAN", 2., -HUGE_REAL, HUGE_REAL, "AG_EP_DIST", 3);
-    resetDouble("AG_EP_LOGNORM_STDEV", 0.6, 0., HUGE_REAL, "AG_EP_DIST", 3);
-    resetDouble("COND_WELL_CLOSURE", 1.4, 0.1, 10.);
-    resetDouble("SED_LOAD_MEAN", 0.1, 0.001, 0.5);
-    resetDouble("MASS_BAL_COEF", 0.8, 0., HUGE_REAL);
+    const bool turbi = turbiditic && row.turbiditic_differs;
+    const double def = turbi ? row.turb_def : row.def;
+    const double min = turbi ? row.turb_min : row.min;
+    const double max = turbi ? row.turb_max : row.max;
+    switch (row.type)
+    {
+    case PARAM_STRING:
+        // The kind of system is chosen, not reset: a reset keeps it.
+        if (_strings.count(row.name) == 0)
+            resetString(row.name, row.text);
+        break;
+    case PARAM_BOOL:
+        resetBool(row.name, def != 0.);
+        break;
+    case PARAM_INT:
+        if (row.count > 0)
+        {
+            const std::vector<int>& volumes = ParameterDeclarations::sedimentVolumes(turbiditic);
+            for (int i = 0; i < row.count; i++)
+                resetIntIdx(row.name, i, volumes[i], static_cast<int>(min), static_cast<int>(max));
+        }
+        else
+            resetInt(row.name, static_cast<int>(def), static_cast<int>(min), static_cast<int>(max),
+                     row.control, row.control_value);
+        break;
+    case PARAM_REAL:
+        resetDouble(row.name, def, min, max, row.control, row.control_value);
+        break;
+    }
 }
 
 // ---------------------------------------------------------------- check
@@ -833,6 +722,22 @@ int Parameters::getSedMedianClass() const
 }
 
 // ---------------------------------------------------------------- report
+
+std::string Parameters::getParamText(const std::string& name) const
+{
+    std::ostringstream s;
+    if (const tdouble* real = find_entry(_doubles, name))
+        s << real->value;
+    else if (const tint* integer = find_entry(_ints, name))
+        s << integer->value;
+    else if (const tbool* flag = find_entry(_bools, name))
+        s << (flag->value ? 1 : 0);
+    else if (const tstring* text = find_entry(_strings, name))
+        s << text->value;
+    else
+        s << MP_UNDEF_STRING;
+    return s.str();
+}
 
 std::string Parameters::getParamsDesc(const std::string& prefix, bool all) const
 {

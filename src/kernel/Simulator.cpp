@@ -29,16 +29,6 @@ constexpr const char* EXCEPTION_WITHOUT_TEXT = "Exception thrown: look at messag
 constexpr unsigned int TECTO_STEP = 1000;
 constexpr unsigned int ISBX_STEP = 100;
 constexpr unsigned int MEAN_TOPO_STEP = 10000;
-// AG_TYPE values.
-constexpr int AG_NONE = 0;
-constexpr int AG_DRAPING = 1;
-constexpr int AG_OVERBANK = 2;
-constexpr int AG_GHOST = 3;
-constexpr int AG_EROSIVE = 4;
-// ZUL_TYPE values acted upon by the loop.
-constexpr int ZUL_NONE = 0;
-constexpr int ZUL_ERODE = 2;
-constexpr int ZUL_EMAP = 3;
 
 bool skips_migration(int ag_type)
 {
@@ -549,7 +539,7 @@ int Simulator::run(unsigned int n)
 void Simulator::erodeToUpperLimit()
 {
     Topo limit;
-    if (!getUpperLimit(limit) || !replaceTopo(limit, SURF_ERODE, 0, true))
+    if (!getUpperLimit(limit) || !replaceTopo(limit, SURF_ERODE, FILL_NONE, true))
         _tracer->warning("Cannot erode down to upper limit surface");
 }
 
@@ -614,7 +604,7 @@ int Simulator::oneLoop()
         _currentEP += (*_epDistribution)();
         _network->ep_elevation(_currentEP - _domain->getZref());
     }
-    if (getInt("ZUL_TYPE") == ZUL_EMAP)
+    if (getInt("ZUL_TYPE") == ZUL_STRATIGRAPHIC)
         _domain->build_emap_zul(getDouble("EROD_COEF"));
 
     const int ag_type = getInt("AG_TYPE");

@@ -383,7 +383,7 @@ bool Simulator::getUpperLimit(Topo& topo) const
 void Simulator::resetUpperLimit()
 {
     _upperLimit.clear();
-    _parameters->setParamInt("ZUL_TYPE", 0);
+    _parameters->setParamInt("ZUL_TYPE", ZUL_NONE);
 }
 
 // ---------------------------------------------------------------------------

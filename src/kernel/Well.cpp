@@ -278,7 +278,7 @@ void Well::channel_point(ChannelPoint* point)
         return;
     const double factor = correct_mig(*point);
     point->mig_factor(factor);
-    point->status(factor > 1. ? 1 : (factor < 1. ? 2 : 0));
+    point->status(factor > 1. ? POINT_SPEEDED_UP : (factor < 1. ? POINT_SLOWED_DOWN : POINT_FREE));
     point->well(this);
     _channelPoint = point;
 }

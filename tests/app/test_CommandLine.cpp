@@ -26,8 +26,8 @@ Parsed parse(std::vector<const char*> args)
 
 TEST(CommandLine, OptionTableHasTheDocumentedRowsInOrder)
 {
-    ASSERT_EQ(g_cmdLineDescSize, 6);
-    const char* shorts = "hfpvsb";
+    ASSERT_EQ(g_cmdLineDescSize, 8);
+    const char* shorts = "hfpvsbkV";
     for (int k = 0; k < g_cmdLineDescSize; ++k)
         EXPECT_EQ(g_cmdLineDesc[k].short_name[0], shorts[k]);
     EXPECT_FALSE(g_cmdLineDesc[5].is_switch);
@@ -49,6 +49,9 @@ TEST(CommandLine, ShortLongAndGluedFormsAreAccepted)
     p = parse({"-vs"});
     ASSERT_TRUE(p.ok);
     EXPECT_TRUE(p.options.verbose && p.options.no_splash);
+    p = parse({"--keywords", "-V"});
+    ASSERT_TRUE(p.ok);
+    EXPECT_TRUE(p.options.keywords && p.options.version && !p.options.verbose);
 }
 
 TEST(CommandLine, EmptyBatchValueMeansNoBatch)
@@ -74,4 +77,7 @@ TEST(CommandLine, UsageListsEveryOptionAndTheExitStatuses)
         EXPECT_NE(text.find(g_cmdLineDesc[k].description), std::string::npos);
     EXPECT_NE(text.find("1  the batch file failed to load"), std::string::npos);
     EXPECT_NE(text.find("2  the batch was loaded but its launch failed"), std::string::npos);
+    EXPECT_NE(text.find("--keywords"), std::string::npos);
+    EXPECT_NE(text.find("--version"), std::string::npos);
+    EXPECT_NE(text.find("doc/USERS_GUIDE.md"), std::string::npos);
 }

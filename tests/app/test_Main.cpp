@@ -40,6 +40,23 @@ TEST(Main, HelpAndBadCommandLines)
     EXPECT_EQ(o.out.rfind("Unknown option 'q'", 0), 0u);
 }
 
+TEST(Main, VersionAndKeywordReferenceNeedNoBatch)
+{
+    Main premium;
+    Outcome o = run_main({"-p", "--version"}, &premium);
+    EXPECT_EQ(o.status, Main::EXIT_DONE);
+    // The tier the command line settles on, and nothing else: no trace line.
+    EXPECT_EQ(o.out, "Sarvo " + premium.parameters().getFullVersion() + "\n");
+    EXPECT_NE(o.out.find(" Premium "), std::string::npos);
+
+    o = run_main({"--keywords"});
+    EXPECT_EQ(o.status, Main::EXIT_DONE);
+    EXPECT_EQ(o.out.rfind("# Batch keywords\n", 0), 0u);
+    for (const char* row : {"| `LAUNCH_IT` | int |", "| `F2G_DZ` | real |",
+                            "| `SIM_SEED` | int | 165426111 | between 1 and 2147483646 |"})
+        EXPECT_NE(o.out.find(row), std::string::npos) << row;
+}
+
 TEST(Main, TierIsResearchUnlessLowered)
 {
     Main research, premium, free, both;

@@ -168,7 +168,9 @@ TEST(DepositionSet, LongDepositsSplitAndLongGapsBecomeHiatusUnits)
 {
     MassBalance mb(false);
     DepositionSet s(-4.);
+    EXPECT_EQ(s.oldest_deposit_age(), MP_UNDEF_UINT) << "nothing deposited yet";
     s.deposit_thickness(6., fam(2), 7, &mb);
+    EXPECT_EQ(s.oldest_deposit_age(), 7u);
     EXPECT_EQ(steps_of(s), std::vector<int>({255, 255, 90}));
     EXPECT_EQ(deltas_of(s), std::vector<int>({7, 0, 0}));
     EXPECT_NEAR(s.get_ztop(), 2., 1e-9);
@@ -180,6 +182,12 @@ TEST(DepositionSet, LongDepositsSplitAndLongGapsBecomeHiatusUnits)
     EXPECT_EQ(deltas_of(s), std::vector<int>({7, 0, 0, 255, 255, 90}));
     EXPECT_EQ(s.units()[3].facies().family(), 8);
     EXPECT_EQ(top_ages(s).back(), 607u);
+    EXPECT_EQ(s.oldest_deposit_age(), 7u);
+    // Hiatus units below the first deposit hold no sediment: the deposit's age counts.
+    DepositionSet late(0.);
+    late.deposit_thickness(0.5, fam(8), 600, &mb);
+    EXPECT_EQ(deltas_of(late), std::vector<int>({255, 255, 90}));
+    EXPECT_EQ(late.oldest_deposit_age(), 600u);
 
     // A gap of exactly 255 fits in the unit; 510 is all hiatus.
     s.deposit_thickness(0.1, fam(8), 862, &mb);
@@ -231,6 +239,7 @@ TEST(DepositionSet, ErosionFromTheTop)
     s.erode_down_to(11., &mb);
     EXPECT_EQ(steps_of(s), std::vector<int>({100}));
     EXPECT_EQ(s.get_age(), 5u);
+    EXPECT_EQ(s.oldest_deposit_age(), 5u);
     EXPECT_EQ(s.get_facies().family(), 2);
 
     // n = 0 restores the facies from the stack.
@@ -245,6 +254,7 @@ TEST(DepositionSet, ErosionFromTheTop)
     EXPECT_NEAR(s.get_ztop(), 8., 1e-9);
     EXPECT_EQ(s.get_zbot(), s.get_ztop());
     EXPECT_EQ(s.get_age(), 0u);
+    EXPECT_EQ(s.oldest_deposit_age(), MP_UNDEF_UINT);
 
     // An empty column is cut into the basement.
     s.erode_down_to(7.5, &mb);
@@ -275,6 +285,7 @@ TEST(DepositionSet, ErosionFromTheBottom)
     EXPECT_EQ(steps_of(s), std::vector<int>({20}));
     EXPECT_EQ(deltas_of(s), std::vector<int>({4}));
     EXPECT_EQ(s.get_age(), 12u);
+    EXPECT_EQ(s.oldest_deposit_age(), 12u) << "the older units went with the base";
     EXPECT_EQ(s.get_facies().family(), 6);
     EXPECT_NEAR(s.get_zbot(), 0.8, 1e-9);
     EXPECT_NEAR(s.get_ztop(), 1., 1e-9);

@@ -260,7 +260,7 @@ TEST(NewJournalSequence, LaunchOrderOfActions)
                      "NEW_TOPO_MODE = 3\nNEW_TOPO_FACIES = 8\nEMAP_FILE = emap.f2g\nEMAP_OFFSET = 0.5\n"
                      "TECTO_FILE = tecto.f2g\nNEW_CL_FILE = cl.txt\nNEW_CL_POINT = 15 25\n"
                      "ERASE_FACIES = 3\nERASE_FACIES_FK = 4\nNEQSUS_SAND = 0.4\nNEQSUS_ISBX = 2\n"
-                     "CHNL_WIDTH = 70\n",
+                     "CHNL_WIDTH = 70\nSIM_SEED = 165426111\n",
                      dir, false))
         << trace_text();
     trace_text().clear();
@@ -282,6 +282,8 @@ TEST(NewJournalSequence, LaunchOrderOfActions)
         "Calculating Neqsus for HMAX = undefined, ISBX = 2, SAND = 0.4",
         "User defined parameters:",
         "  CHNL_WIDTH = 70",
+        // An integer reads as one, not as 1.65426e+08.
+        "  SIM_SEED = 165426111",
         "  Forecast Net to Gross (%): 25",
         "  Forecast Aggradation Rate (m/10000 it): 1.5",
         "  Forecast Migration Rate (m/10000 it): 2.5",

@@ -219,6 +219,80 @@ TEST(Parameters, TurbiditeAndLobesReplaceDefaults)
     EXPECT_EQ(p.getSedVolumes()[4], 2);
 }
 
+TEST(Parameters, DefaultsAndRangesAsTheyWereBeforeTheTable)
+{
+    // name, default, min, max for a fluvial system, then for a turbiditic one.
+    struct Row
+    {
+        const char* name;
+        double def, min, max, tdef, tmin, tmax;
+    };
+    constexpr double H = 1e30;
+    constexpr double LO = INT_MIN;
+    constexpr double HI = INT_MAX;
+    const Row rows[] = {
+        {"SIM_SEED", 165426111, 1, 2147483646, 165426111, 1, 2147483646},
+        {"DOMAIN_NY", 201, 20, 5000, 201, 20, 5000},
+        {"DOMAIN_GRID_DIR", 0, -360, 360, 0, -360, 360},
+        {"DOMAIN_ZREF", 0, -H, H, 0, -H, H},
+        {"CHNL_MARGIN", 12, 1, 100, 5, 1, 100},
+        {"CHNL_WAVELENGTH", 375, 10, 10000, 4000, 100, 20000},
+        {"CHNL_SCALE_DIST", 0, LO, HI, 0, LO, HI},
+        {"CHNL_SCALE_LOGNORM_STDEV", 20, 0, 40, 20, 0, 40},
+        {"EROD_COEF", 4e-08, 0, 2e-07, 4e-08, 0, 2e-07},
+        {"ZUL_TYPE", 0, LO, HI, 0, LO, HI},
+        {"AV_LOC_POISSON", 280, 1, HI, 288, 1, HI},
+        {"AV_LOC_PROB2", 0.9, 0, 1, 0.9, 0, 1},
+        {"AG_TYPE", 2, LO, HI, 2, LO, HI},
+        {"AG_DRAP", 12, LO, HI, 13, LO, HI},
+        {"AG_LV_WIDTH", 6, 0.05, H, 2, 0.05, H},
+        {"AG_OB_PERIOD", 70, 1, HI, 24, 1, HI},
+        {"AG_OB_PEAT", 0, 0, 99, 0, 0, 99},
+        {"AG_OB_PEL_DRAP_INT", 0, 0, 100, 0, 0, 100},
+        {"AG_EP_INIT_ELEV", 9999, -H, H, 9999, -H, H},
+        {"AG_EP_FREQ", 0, LO, HI, 0, LO, HI},
+        {"AG_EP_LOGNORM_MEAN", 0.1, -H, H, 2, -H, H},
+        {"AG_EP_NORM_STDEV", 0.03, 0, H, 0.6, 0, H},
+        {"COND_WELL_RELAX", 20, 0, 100, 20, 0, 100},
+        {"SED_LOAD_MEAN", 0.01, 0.001, 0.5, 0.1, 0.001, 0.5},
+        {"GR_PB_OPTIM_MIN", 6, 1, 10, 6, 1, 10},
+        {"GR_PB_OPTIM_ALPHA", 0.25, 0.05, 0.95, 0.25, 0.05, 0.95},
+        {"SED_LOAD_VOL_5", 3, 0, 100, 8, 0, 100},
+    };
+    Parameters p(nullptr);
+    for (bool turbiditic : {false, true})
+    {
+        if (turbiditic)
+            p.setUsingTurbi();
+        for (const Row& row : rows)
+        {
+            const bool real = p.getParamDouble(row.name) != 1e30;
+            const double def = real ? p.getParamDefDouble(row.name) : p.getParamDefInt(row.name);
+            const double min = real ? p.getParamMinDouble(row.name) : p.getParamMinInt(row.name);
+            const double max = real ? p.getParamMaxDouble(row.name) : p.getParamMaxInt(row.name);
+            EXPECT_EQ(def, turbiditic ? row.tdef : row.def) << row.name << " turbiditic " << turbiditic;
+            EXPECT_EQ(min, turbiditic ? row.tmin : row.min) << row.name << " turbiditic " << turbiditic;
+            EXPECT_EQ(max, turbiditic ? row.tmax : row.max) << row.name << " turbiditic " << turbiditic;
+            EXPECT_EQ(p.getParam(row.name), def) << row.name;
+        }
+    }
+}
+
+TEST(Parameters, ValueTextReadsAsTheUserWroteIt)
+{
+    Parameters p(nullptr);
+    p.setParamDouble("AG_OB_MIN", 0.125);
+    p.setParamBool("GR_PB", true);
+    const std::pair<const char*, const char*> rows[] = {
+        {"SIM_SEED", "165426111"}, {"DOMAIN_NX", "251"},    {"CHNL_WIDTH", "30"},
+        {"EROD_COEF", "4e-08"},    {"AG_OB_MIN", "0.125"},  {"GR_PB", "1"},
+        {"AV_LV_OB", "0"},         {"SIM_TYPE", "Fluvial"}, {"NOPE", "??"},
+        {"SED_LOAD_VOL_8", "27"},
+    };
+    for (const auto& [name, text] : rows)
+        EXPECT_EQ(p.getParamText(name), text) << name;
+}
+
 TEST(Parameters, SimTypeChangeWithoutResetKeepsOldDefaults)
 {
     Parameters p(nullptr);
@@ -670,6 +744,8 @@ TEST(Parameters, DescriptionListsEverySettingBehindThePrefix)
     const std::string all = p.getParamsDesc("> ", true);
     EXPECT_NE(all.find("CHNL_WIDTH"), std::string::npos);
     EXPECT_NE(all.find("SED_LOAD_VOL_14"), std::string::npos);
+    // Integers read as integers, not as 1.65426e+08.
+    EXPECT_NE(all.find(" = 165426111\n"), std::string::npos);
     EXPECT_NE(all.find("Fluvial"), std::string::npos);
     std::string::size_type start = 0;
     int lines = 0;
