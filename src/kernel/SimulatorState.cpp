@@ -18,6 +18,7 @@
 #include "kernel/Parameters.h"
 #include "kernel/SeedGenerator.h"
 #include "kernel/SnapshotFolder.h"
+#include "kernel/StagedFile.h"
 #include "kernel/TectoMap.h"
 #include "kernel/TimeProcess.h"
 #include "kernel/Topo.h"
@@ -221,11 +222,12 @@ bool Simulator::saveDomain(const std::string& path)
         return fail(std::string("Cannot save simulation while the option 'Ghost Migration' is active."),
                     false);
     printout("Save simulation block");
-    std::ofstream out(path, std::ios::binary);
+    StagedFile staged(path);
+    std::ofstream out(staged.path(), std::ios::binary);
     if (!out || !_domain->binary_output(out))
         return fail("Cannot save simulation block into file " + path, false);
     out.close();
-    if (!out)
+    if (!out || !staged.commit())
         return fail("Cannot save simulation block into file " + path, false);
     return true;
 }
