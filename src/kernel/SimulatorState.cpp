@@ -844,6 +844,9 @@ bool Simulator::load(const std::string& source)
         if (state == SnapshotFolder::MISSING || state == SnapshotFolder::INCOMPLETE)
         {
             const std::string found = SnapshotFolder::locate(asked, true, why);
+            // A folder marked but never completed holds nothing to trust.
+            if (found.empty() && state == SnapshotFolder::INCOMPLETE)
+                return fail("Cannot load snapshot: " + why, false);
             if (!found.empty())
             {
                 dir = found;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -59,9 +60,12 @@ bool read_mark(const std::string& dir, bool& complete, std::vector<Entry>& entri
         std::istringstream fields(line);
         Entry entry{};
         std::string sum;
-        if (!(fields >> entry.name >> entry.size >> sum))
+        if (!(fields >> entry.name >> entry.size >> sum) || sum.size() != 16)
             return false;
-        entry.sum = std::stoull(sum, nullptr, 16);
+        char* end = nullptr;
+        entry.sum = std::strtoull(sum.c_str(), &end, 16);
+        if (end != sum.c_str() + sum.size())
+            return false;
         entries.push_back(entry);
     }
     complete = entries.size() == count;

@@ -523,6 +523,7 @@ TEST(Snapshot, InterruptedSaveIsRecovered)
         {"between the two renames", NONE, NEWER, OLDER, 20, ".saving"},
         {"before removing the old one", NEWER, NONE, OLDER, 20, ""},
         {"with nothing complete left", NONE, HALF_NEWER, NONE, 0, ""},
+        {"with its own mark never completed", HALF_NEWER, NONE, NONE, 0, ""},
     };
     int row = 0;
     for (const Layout& l : table)
