@@ -118,7 +118,10 @@ bool BatchPaths::collide(const Entry& a, const Entry& b, std::string& message) c
     const Entry& writer = a_writes ? a : b;
     const Entry& other = a_writes ? b : a;
     bool same = false;
-    if (writer.kind == SERIES && other.kind == SERIES)
+    // A snapshot read by a sequence is a folder of inputs.
+    if (other.kind == SNAP_LOAD)
+        same = within(writer.path, other.path + "/");
+    else if (writer.kind == SERIES && other.kind == SERIES)
         same = writer.path == other.path && writer.suffix == other.suffix;
     else if (writer.kind == SERIES)
         same = inSeries(writer, other.path);

@@ -257,6 +257,8 @@ TEST(BatchRun, NoBatchWritesOverAFileOfTheUser)
     ASSERT_TRUE(topo.write(dir.file("topo_in.f2g"), nullptr, GRID_FORMAT_F2G));
     std::filesystem::create_directories(dir.file("results"));
     write_file(dir.file("results/earlier.f2g"), "earlier result\n");
+    // An older snapshot of the user's, without a mark.
+    write_file(dir.file("results/params.txt"), "");
     std::filesystem::create_symlink(dir.file("topo_in.f2g"), dir.file("link.f2g"));
     const std::string f2g = "F2G_DZ = 0.5\nF2G_FACIES = 1\n";
     const std::string seq = "[NEW_SEQ]\nLAUNCH_IT = 10\n";
@@ -292,6 +294,8 @@ TEST(BatchRun, NoBatchWritesOverAFileOfTheUser)
          "the slice at 1 and the slice at 1 would both write the file " + d + "/run.slice_z=1.f2g"},
         {"[GLOBAL]\n" + f2g + "F2G_IT = 5\nTOPO_FILE = run_it10.f2g\n" + seq,
          "F2G_IT and TOPO_FILE would both write the file " + d + "/run_it10.f2g"},
+        {"[GLOBAL]\n" + f2g + "F2G_FILE = results/simu.dat\n" + seq + "SNAP_LOAD_DIR = results\n",
+         "F2G_FILE " + d + "/results/simu.dat would overwrite the input SNAP_LOAD_DIR of sequence #1"},
         {"[GLOBAL]\n" + f2g + "F2G_FILE = b.f2g\n" + seq + "SNAP_SAVE_DIR = snap\n" + topo_seq +
              "SNAP_LOAD_DIR = snap\n" + "SNAP_SAVE_DIR = topo_in.f2g\n",
          "SNAP_SAVE_DIR of sequence #2: " + d + "/topo_in.f2g is a file, not a folder"},
