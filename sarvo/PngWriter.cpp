@@ -1,5 +1,7 @@
 #include "PngWriter.h"
 
+#include "kernel/StagedFile.h"
+
 #include <png.h>
 
 #include <cerrno>
@@ -63,7 +65,8 @@ bool PngWriter::writePng(const std::string& path, const RgbImage& image, std::st
                   " pixels with " + std::to_string(image.rgb.size()) + " bytes";
         return false;
     }
-    FILE* file = std::fopen(path.c_str(), "wb");
+    StagedFile staged(path);
+    FILE* file = std::fopen(staged.path().c_str(), "wb");
     if (file == nullptr)
     {
         message = "Cannot open file " + path + " for writing: " + std::strerror(errno);
@@ -72,11 +75,12 @@ bool PngWriter::writePng(const std::string& path, const RgbImage& image, std::st
     std::string error = "cannot initialise the PNG encoder";
     const bool encoded = encode(file, image, &error);
     const bool closed = std::fclose(file) == 0;
-    if (!encoded || !closed)
+    if (!encoded || !closed || !staged.commit())
     {
         message = "Error while writing PNG file " + path + ": " +
-                  (encoded ? std::string("cannot close it") : error);
-        std::remove(path.c_str());
+                  (!encoded ? error
+                   : closed ? std::string("cannot rename it")
+                            : std::string("cannot close it"));
         return false;
     }
     message.clear();

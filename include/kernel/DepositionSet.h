@@ -33,6 +33,7 @@ public:
     void set_zul_geo(double z) override;
     void set_zref(double zref) override;
     void set_flat_delta(double delta) override;
+    void adopt_flat_delta(double delta);
 
     double get_topo_rel(bool with_water) const { return with_water ? _ztop + _water_depth : _ztop; }
     double get_topo_geo(bool with_water) const

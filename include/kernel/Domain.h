@@ -108,6 +108,9 @@ public:
     void setFlattening(const Topo* flat) { _flat = flat; }
     const Topo* getFlattening() const { return _flat; }
     void updateFlattening();
+    // The flattening of a block read back from a dump, whose stacks already
+    // stand where the flattening puts them.
+    void adoptFlattening();
 
     // --- Actions on all stacks
     void apply_tecto(int t);

@@ -13,6 +13,7 @@
 
 class iSimulator;
 class iTracer;
+class BatchPaths;
 class CoreList;
 
 class NewJournalFile
@@ -34,6 +35,14 @@ public:
     int buildModel();
     // The regular block; with `byAge` the name carries the current age.
     bool exportSimuF2G(bool byAge);
+
+    // Every file the batch reads and writes (NewJournalFilePaths.cpp).
+    void listPaths(BatchPaths& paths) const;
+    // False, with a message, when an output would overwrite an input or
+    // another output, or a snapshot would replace a folder of the user's.
+    bool checkPaths();
+    // Makes the missing folders of the outputs.
+    bool createOutputFolders();
 
     // What the sequences read from the global section.
     bool forceSimu() const { return _forceSimu == 1; }

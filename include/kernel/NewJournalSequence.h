@@ -12,6 +12,7 @@
 #include <vector>
 
 class iSimulator;
+class BatchPaths;
 class NewJournalFile;
 
 class NewJournalSequence
@@ -27,6 +28,9 @@ public:
     void setDirectory(const std::string& directory) { _directory = directory; }
     // An upper limit loaded by an earlier sequence still holds in this one.
     void setUpperLimitKnown(bool known) { _zulKnown = known; }
+    // Snapshot folders that earlier sequences save: one may be loaded before it exists.
+    void setSavedSnapshots(const std::vector<std::string>& dirs) { _savedBefore = dirs; }
+    const std::string& getSnapSaveDir() const { return _snapSaveDir; }
 
     // Reads the lines after the marker up to the next marker or the end of the
     // stream; `line` is left on that marker (empty at the end). False when an
@@ -35,6 +39,8 @@ public:
     bool check();
     // A status: 0, or 7 / 8 for a regular stop, anything else a failure.
     int launch(NewJournalFile* file);
+    // The files the section reads and the snapshot folder it replaces (NewJournalSequencePaths.cpp).
+    void listPaths(BatchPaths& paths) const;
 
     int getIndex() const { return _index; }
     // 2147483647 when not given; -1 runs until the upper limit.
@@ -91,6 +97,7 @@ private:
     int _index;
     bool _first;
     bool _zulKnown;
+    std::vector<std::string> _savedBefore;
     bool _failed;
 
     int _launchIt;

@@ -1,7 +1,10 @@
 #pragma once
-// Writer of the text dialect read by InDataFile. The file is truncated on opening.
+// Writer of the text dialect read by InDataFile. The text goes to a temporary
+// beside the file and takes the file's name at close(): a writer destroyed
+// without close(), or whose stream failed, leaves the old file as it was.
 
 #include "kernel/BaseDataFile.h"
+#include "kernel/StagedFile.h"
 
 #include <fstream>
 #include <string>
@@ -11,6 +14,10 @@ class OutDataFile : public std::ofstream, public BaseDataFile
 public:
     // Opens the file; a failure is seen through is_open().
     explicit OutDataFile(const std::string& path);
+    ~OutDataFile() override;
+
+    // Ends the writing and puts the file in place; a failure sets failbit.
+    void close();
 
     void comment(const std::string& text);
     void separator();
@@ -28,4 +35,6 @@ public:
 private:
     // The key and its separator (a blank when there is none).
     void key_prefix(const std::string& key);
+
+    StagedFile _staged;
 };

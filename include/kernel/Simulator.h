@@ -360,6 +360,10 @@ private:
     // The maps at full precision over what their grid files gave back.
     bool restoreExactTecto(const std::string& path);
     bool restoreExactFlattening(const std::string& path);
+    // The flattening of a block just read back, whose stacks it does not move.
+    bool restoreFlattening(const std::string& dir);
+    // The snapshot's erodibility map, when it says other than the block.
+    bool restoreEMap(const std::string& path);
 
     // What the dynamic parameter file tells about the channel, for restoreChannel.
     bool _snapHasChannel = false;

@@ -20,6 +20,9 @@ public:
     virtual void set_zref(double zref);
     // Moves the relative frame so that geographic elevations stay where they are.
     virtual void set_flat_delta(double delta);
+    // The delta of a column that already stands where that delta puts it, as
+    // a column read back from a dump does: nothing moves.
+    void adopt_flat_delta(double delta) { _flat_delta = delta; }
 
     const Point2D& get_location() const { return _location; }
     const Point2D& get_location_geo() const { return _location_geo; }

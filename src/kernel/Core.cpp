@@ -403,8 +403,8 @@ bool Core::write(const std::string& path, const std::string& comment) const
                  << Facies::description(sample.getFacies()).short_name();
         out << line.str() << "\n";
     }
-    out.flush();
-    if (!out)
+    out.close();
+    if (out.fail())
         return fail("Cannot write well file " + path);
     return true;
 }

@@ -65,6 +65,12 @@ void DepositionSet::set_flat_delta(double delta)
     tell_well_placement(&VCollection::set_flat_delta, delta);
 }
 
+void DepositionSet::adopt_flat_delta(double delta)
+{
+    VCollection::adopt_flat_delta(delta);
+    tell_well_placement(&VCollection::set_flat_delta, delta);
+}
+
 void DepositionSet::water_depth(double wd)
 {
     MP_ASSERT_TEXT(wd >= 0., "wd >= 0.");

@@ -774,6 +774,20 @@ void Domain::updateFlattening()
         }
 }
 
+void Domain::adoptFlattening()
+{
+    if (_flat == nullptr || !_flat->has_values())
+        return;
+    const double ref = flattening_reference();
+    for (int j = 0; j < _ny; ++j)
+        for (int i = 0; i < _nx; ++i)
+        {
+            double v = MP_UNDEF_REAL;
+            if (flattening_value(i, j, v))
+                getObject(i, j).adopt_flat_delta(v - ref);
+        }
+}
+
 // ---------------------------------------------------------------------------
 // Actions on all stacks
 

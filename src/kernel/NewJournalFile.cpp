@@ -233,7 +233,11 @@ bool NewJournalFile::isWritable(const std::string& path)
         return false;
     if (std::filesystem::exists(path, code))
         return ::access(path.c_str(), W_OK) == 0;
-    const std::string parent = directory(path);
+    // Missing folders are made when the batch runs: the nearest one that exists must take them.
+    std::filesystem::path parent = std::filesystem::path(directory(path));
+    while (!std::filesystem::exists(parent, code) && parent.has_parent_path() &&
+           parent != parent.parent_path())
+        parent = parent.parent_path();
     return std::filesystem::is_directory(parent, code) && ::access(parent.c_str(), W_OK) == 0;
 }
 
@@ -291,6 +295,7 @@ bool NewJournalFile::load(std::istream& stream, std::string const& path)
         }
         bool zulKnown = false;
         bool stopHonored = false;
+        std::vector<std::string> savedSnapshots;
         int index = 0;
         while (line == "[NEW_SEQ]")
         {
@@ -298,10 +303,13 @@ bool NewJournalFile::load(std::istream& stream, std::string const& path)
             NewJournalSequence sequence(_simulator);
             sequence.setDirectory(_directory);
             sequence.setUpperLimitKnown(zulKnown);
+            sequence.setSavedSnapshots(savedSnapshots);
             if (!sequence.load(stream, line, index, index == 1))
                 return false;
             zulKnown = zulKnown || sequence.definesUpperLimit();
             stopHonored = stopHonored || sequence.stopsWhenWellsHonored();
+            if (!sequence.getSnapSaveDir().empty())
+                savedSnapshots.push_back(sequence.getSnapSaveDir());
             _sequences.push_back(sequence);
         }
         if (!line.empty())
@@ -314,6 +322,8 @@ bool NewJournalFile::load(std::istream& stream, std::string const& path)
             tracer->error("You must define some wells in order to use 'COND_WELL_STOP_HONORED'");
             return false;
         }
+        if (!checkPaths())
+            return false;
     }
     catch (...)
     {
@@ -970,6 +980,8 @@ int NewJournalFile::launch()
     iTracer* tracer = _simulator->getTracer();
     try
     {
+        if (!createOutputFolders())
+            return MP_STATUS_FAILURE;
         int status = initialize();
         if (status != MP_STATUS_OK)
         {

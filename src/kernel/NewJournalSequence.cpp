@@ -11,6 +11,7 @@
 #include "kernel/MeanderCalculator.h"
 #include "kernel/NewJournalFile.h"
 #include "kernel/Point2D.h"
+#include "kernel/SnapshotFolder.h"
 #include "kernel/TectoMap.h"
 #include "kernel/Topo.h"
 
@@ -456,8 +457,14 @@ bool NewJournalSequence::check()
     else if (_hasEmapFile)
         ok = check_readable(_emapFile, "Erodibility map file ") && ok;
 
-    if (!_snapLoadDir.empty() && !NewJournalFile::isReadable(_snapLoadDir + "/params.txt"))
-        refuse("Snapshot directory " + _snapLoadDir + " does not hold params.txt");
+    // A snapshot whose save was interrupted is taken from beside its name.
+    std::string why;
+    const bool savedBefore =
+        std::find(_savedBefore.begin(), _savedBefore.end(), _snapLoadDir) != _savedBefore.end();
+    if (!_snapLoadDir.empty() && !savedBefore && SnapshotFolder::locate(_snapLoadDir, false, why).empty())
+        refuse(why.rfind("Snapshot file ", 0) == 0
+                   ? why
+                   : "Snapshot directory " + _snapLoadDir + " does not hold params.txt");
     return ok;
 }
 

@@ -2,9 +2,26 @@
 
 #include <iomanip>
 
-OutDataFile::OutDataFile(const std::string& path)
-    : std::ofstream(path, std::ios::out | std::ios::trunc), BaseDataFile(path)
+OutDataFile::OutDataFile(const std::string& path) : std::ofstream(), BaseDataFile(path), _staged(path)
 {
+    open(_staged.path(), std::ios::out | std::ios::trunc);
+}
+
+OutDataFile::~OutDataFile()
+{
+    std::ofstream::close();
+}
+
+void OutDataFile::close()
+{
+    if (!is_open())
+        return;
+    std::ofstream::close();
+    if (fail() || !_staged.commit())
+    {
+        _staged.discard();
+        setstate(std::ios::failbit);
+    }
 }
 
 void OutDataFile::comment(const std::string& text)

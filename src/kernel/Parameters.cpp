@@ -467,7 +467,8 @@ bool Parameters::write(const std::string& name) const
         file.key_value(key, entry.value);
     for (const auto& [key, entry] : _doubles)
         file.key_value(key, entry.value);
-    return true;
+    file.close();
+    return !file.fail();
 }
 
 bool Parameters::read(const std::string& name)

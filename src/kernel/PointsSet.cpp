@@ -225,7 +225,7 @@ bool PointsSet::write(const std::string& path, const std::string& title)
             file << value << ' ';
         file << '\n';
     }
-    file.flush();
+    file.close();
     if (file.fail())
         return fail("Error while writing PointsSet file " + path);
     return true;

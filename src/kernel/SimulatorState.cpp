@@ -11,21 +11,27 @@
 #include "kernel/Constants.h"
 #include "kernel/DistributionGenerator.h"
 #include "kernel/Domain.h"
+#include "kernel/EMap.h"
 #include "kernel/InDataFile.h"
 #include "kernel/Network.h"
 #include "kernel/OutDataFile.h"
 #include "kernel/Parameters.h"
 #include "kernel/SeedGenerator.h"
+#include "kernel/SnapshotFolder.h"
+#include "kernel/StagedFile.h"
 #include "kernel/TectoMap.h"
 #include "kernel/TimeProcess.h"
+#include "kernel/Topo.h"
 #include "kernel/Tracer.h"
 #include "kernel/Well.h"
 
+#include <charconv>
 #include <exception>
 #include <filesystem>
 #include <fstream>
 #include <limits>
 #include <map>
+#include <sstream>
 #include <string>
 #include <system_error>
 #include <vector>
@@ -115,6 +121,8 @@ template <typename Value> KeyState read_optional(InDataFile& file, const std::st
 bool write_exact_values(const std::string& path, const std::vector<double>& values)
 {
     std::ofstream out(path, std::ios::binary);
+    if (!out)
+        return false;
     dump::write_array(out, values);
     out.close();
     return static_cast<bool>(out);
@@ -127,14 +135,32 @@ bool read_exact_values(const std::string& path, size_t count, std::vector<double
            in.peek() == std::ifstream::traits_type::eof();
 }
 
-std::string staging_path(const std::string& dir)
+// A folder a save may clear: missing, empty or a snapshot of its own.
+bool clear_own_folder(const std::string& dir)
 {
-    return dir + ".saving";
+    std::string why;
+    std::error_code ec;
+    if (!SnapshotFolder::replaceable(dir, why))
+        return false;
+    fs::remove_all(dir, ec);
+    return !ec;
 }
 
-std::string previous_path(const std::string& dir)
+std::string mean_text(const std::string& head, double mean)
 {
-    return dir + ".previous";
+    std::ostringstream text;
+    text << head << mean << ")";
+    return text.str();
+}
+
+// A value as the grid files write it, six significant digits, read back.
+double as_written(double value)
+{
+    char text[32];
+    const auto end = std::to_chars(text, text + sizeof text, value, std::chars_format::general, 6).ptr;
+    double read = value;
+    std::from_chars(text, end, read);
+    return read;
 }
 
 std::string without_trailing_slash(std::string dir)
@@ -149,8 +175,9 @@ std::string without_trailing_slash(std::string dir)
 bool commit_staging(const std::string& staging, const std::string& dir)
 {
     std::error_code ec;
-    const std::string previous = previous_path(dir);
-    fs::remove_all(previous, ec);
+    const std::string previous = SnapshotFolder::previous(dir);
+    if (!clear_own_folder(previous))
+        return false;
     const bool had_old = fs::exists(dir, ec);
     if (had_old)
     {
@@ -195,11 +222,12 @@ bool Simulator::saveDomain(const std::string& path)
         return fail(std::string("Cannot save simulation while the option 'Ghost Migration' is active."),
                     false);
     printout("Save simulation block");
-    std::ofstream out(path, std::ios::binary);
+    StagedFile staged(path);
+    std::ofstream out(staged.path(), std::ios::binary);
     if (!out || !_domain->binary_output(out))
         return fail("Cannot save simulation block into file " + path, false);
     out.close();
-    if (!out)
+    if (!out || !staged.commit())
         return fail("Cannot save simulation block into file " + path, false);
     return true;
 }
@@ -630,7 +658,7 @@ bool Simulator::writeSnapshot(const std::string& dir)
 bool Simulator::save(const std::string& target)
 {
     const std::string dir = without_trailing_slash(target);
-    const std::string staging = staging_path(dir);
+    const std::string staging = SnapshotFolder::staging(dir);
     try
     {
         if (!ready(true))
@@ -639,15 +667,29 @@ bool Simulator::save(const std::string& target)
         if (_network->ghost_channel() != nullptr)
             return fail(std::string("Cannot save simulation while the option 'Ghost Migration' is active."),
                         false);
-        // The snapshot is written aside and takes the place of `dir` only when complete.
+        // A snapshot replaces only what a snapshot may: never a folder of the user's.
+        std::string why;
+        if (!SnapshotFolder::replaceable(dir, why))
+            return fail("Cannot save snapshot: " + why, false);
+        // The snapshot is written aside and takes the place of `dir` only when
+        // complete; the mark without its list of files tells a save that stopped.
         std::error_code ec;
-        fs::remove_all(staging, ec);
-        if (!fs::create_directories(staging, ec))
+        if (!clear_own_folder(staging))
+            return fail("Cannot save snapshot: cannot clear folder " + staging, false);
+        if (!fs::create_directories(staging, ec) || !SnapshotFolder::markIncomplete(staging))
+        {
+            fs::remove_all(staging, ec);
             return fail("Cannot create snapshot folder " + staging, false);
+        }
         if (!writeSnapshot(staging))
         {
             fs::remove_all(staging, ec);
             return false;
+        }
+        if (!SnapshotFolder::markComplete(staging))
+        {
+            fs::remove_all(staging, ec);
+            return fail("Cannot write the list of snapshot files into folder " + staging, false);
         }
         if (!commit_staging(staging, dir))
         {
@@ -678,29 +720,74 @@ bool Simulator::save(const std::string& target)
 
 bool Simulator::readSnapshot(const std::string& dir)
 {
-    // The flattening goes first: a stack given a new flattening moves so as to
-    // keep its geographic elevation, and the block already holds the moved stacks.
-    if (file_exists(dir + FLATTENING_FILE) && (!loadFlatteningFromFile(dir + FLATTENING_FILE) ||
-                                               !restoreExactFlattening(dir + FLATTENING_EXACT_FILE)))
-        return false;
     if (!loadDomain(dir + BLOCK_FILE))
+        return false;
+    if (file_exists(dir + FLATTENING_FILE) && !restoreFlattening(dir))
         return false;
     if (!loadWells(dir))
         return false;
     const bool has_centerline = file_exists(dir + CENTERLINE_FILE);
     const bool has_tecto = file_exists(dir + TECTO_FILE);
+    if (!file_exists(dir + DYNAMIC_FILE))
+        return fail("Cannot load dynamic parameters from file " + dir + DYNAMIC_FILE, false);
     if (!loadDynamicParams(dir + DYNAMIC_FILE))
         return false;
     setWellConfig();
     if (!loadDistributions(dir))
         return false;
-    // The erodibility in force is part of the block itself, at full precision
-    // and in depth: the map written beside it is for the user, and converting
-    // it once more would change the erodibility.
+    if (file_exists(dir + EMAP_FILE) && !restoreEMap(dir + EMAP_FILE))
+        return false;
     if (has_centerline && !restoreChannel(dir + CENTERLINE_FILE))
         return false;
     return !has_tecto ||
            (loadTectoMapFromFile(dir + TECTO_FILE) && restoreExactTecto(dir + TECTO_EXACT_FILE));
+}
+
+// The stacks of the block already stand where the flattening puts them: the
+// flattening is taken without moving them.
+bool Simulator::restoreFlattening(const std::string& dir)
+{
+    const std::string path = dir + FLATTENING_FILE;
+    Topo topo;
+    if (!topo.read(path))
+        return fail("Cannot load flattening surface\n" + topo.getError(), false);
+    printout(mean_text("Load flattening surface (mean=", topo.get_mean()));
+    Topo migrated(_domain->getGridParams());
+    if (!migrated.migrate(topo, true, true, _tracer.get()))
+        return fail(std::string("Cannot migrate flattening surface"), false);
+    _flattening = migrated;
+    if (!restoreExactFlattening(dir + FLATTENING_EXACT_FILE))
+        return false;
+    _domain->adoptFlattening();
+    return true;
+}
+
+// The erodibility in force is part of the block, at full precision and in
+// depth, and the map beside it is that erodibility at six digits: a map that
+// says the same leaves the block's own; a map that says otherwise was given
+// by the user and replaces it.
+bool Simulator::restoreEMap(const std::string& path)
+{
+    EMap map;
+    if (!map.read(path))
+        return fail("Cannot load erodibility map\n" + map.getError(), false);
+    EMap current;
+    _domain->get_emap(current);
+    bool same = map.getNx() == current.getNx() && map.getNy() == current.getNy() && map.getNz() == 1;
+    for (int j = 0; same && j < map.getNy(); ++j)
+        for (int i = 0; same && i < map.getNx(); ++i)
+        {
+            double given = MP_UNDEF_REAL, held = MP_UNDEF_REAL;
+            map.get_at(i, j, given);
+            current.get_at(i, j, held);
+            same = given == as_written(held);
+        }
+    if (same)
+        return true;
+    printout(mean_text("Load erodibility map (mean=", map.get_mean()));
+    if (!_domain->load_emap(map))
+        return fail(std::string("Cannot load erodibility map"), false);
+    return true;
 }
 
 bool Simulator::restoreExactTecto(const std::string& path)
@@ -730,7 +817,6 @@ bool Simulator::restoreExactFlattening(const std::string& path)
         if (values[k] != MP_UNDEF_REAL)
             exact.set_at(static_cast<int>(k) % nx, static_cast<int>(k) / nx, values[k]);
     _flattening = exact;
-    _domain->updateFlattening();
     return true;
 }
 
@@ -745,9 +831,31 @@ bool Simulator::abandonLoad(const std::string& dir)
 
 bool Simulator::load(const std::string& source)
 {
-    const std::string dir = without_trailing_slash(source);
+    const std::string asked = without_trailing_slash(source);
+    std::string dir = asked;
     try
     {
+        // A save that was stopped between its renames leaves the snapshot
+        // beside its name; a damaged snapshot is refused before anything changes.
+        std::string why;
+        const SnapshotFolder::State state = SnapshotFolder::state(asked, true, why);
+        if (state == SnapshotFolder::DAMAGED)
+            return fail("Cannot load snapshot: " + why, false);
+        if (state == SnapshotFolder::MISSING || state == SnapshotFolder::INCOMPLETE)
+        {
+            const std::string found = SnapshotFolder::locate(asked, true, why);
+            // A folder marked but never completed holds nothing to trust.
+            if (found.empty() && state == SnapshotFolder::INCOMPLETE)
+                return fail("Cannot load snapshot: " + why, false);
+            if (!found.empty())
+            {
+                dir = found;
+                _tracer->warning("Snapshot folder " + asked +
+                                 " is missing or incomplete (a save was interrupted): loading the complete "
+                                 "snapshot in " +
+                                 dir);
+            }
+        }
         // Nothing is touched before the three files every snapshot has are there.
         for (const char* name : {PARAMS_FILE, BLOCK_FILE, DYNAMIC_FILE})
             if (!file_exists(dir + name))

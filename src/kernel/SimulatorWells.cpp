@@ -12,6 +12,7 @@
 #include "kernel/FaciesDescription.h"
 #include "kernel/Network.h"
 #include "kernel/Parameters.h"
+#include "kernel/StagedFile.h"
 #include "kernel/Tracer.h"
 #include "kernel/Well.h"
 #include "kernel/WellConfig.h"
@@ -306,12 +307,13 @@ bool Simulator::saveWell(const std::string& name, const std::string& path)
     const auto found = _wells.find(name);
     if (found == _wells.end())
         return fail("Cannot save well " + name + ": no such well", false);
-    std::ofstream out(path, std::ios::binary);
+    StagedFile staged(path);
+    std::ofstream out(staged.path(), std::ios::binary);
     if (!out)
         return fail("Cannot save well " + name + " into binary file " + path, false);
     found->second->binary_output(out);
     out.close();
-    if (!out)
+    if (!out || !staged.commit())
         return fail("Cannot save well " + name + " into binary file " + path, false);
     return true;
 }
@@ -478,7 +480,8 @@ bool Simulator::saveConditioningStats(const std::string& path)
 {
     if (!ready(true))
         return false;
-    std::ofstream out(path);
+    StagedFile staged(path);
+    std::ofstream out(staged.path());
     if (!out)
         return fail("Cannot open conditioning statistics file " + path, false);
     out << "name;x;y;i;j;honored_units;units;honored_ratio;facies_match\n";
@@ -487,7 +490,8 @@ bool Simulator::saveConditioningStats(const std::string& path)
         out << s.name << ";" << s.x << ";" << s.y << ";" << s.i << ";" << s.j << ";" << s.honored << ";"
             << s.units << ";" << (s.units > 0 ? static_cast<double>(s.honored) / s.units : 0.) << ";"
             << s.faciesMatch << "\n";
-    return static_cast<bool>(out);
+    out.close();
+    return (out && staged.commit()) || fail("Cannot write conditioning statistics file " + path, false);
 }
 
 bool Simulator::saveHistogram(const std::string& path, const CoreList& cores, double dz, int nz)
@@ -510,7 +514,8 @@ bool Simulator::saveHistogram(const std::string& path, const CoreList& cores, do
             counts[static_cast<std::size_t>(k)][static_cast<std::size_t>(f)] += 1;
             heights[static_cast<std::size_t>(k)][static_cast<std::size_t>(f)] += sample.getHeight();
         }
-    std::ofstream out(path);
+    StagedFile staged(path);
+    std::ofstream out(staged.path());
     if (!out)
         return fail("Cannot open histogram file " + path, false);
     out << "height_min;height_max";
@@ -528,5 +533,6 @@ bool Simulator::saveHistogram(const std::string& path, const CoreList& cores, do
             out << ";" << heights[static_cast<std::size_t>(k)][static_cast<std::size_t>(f)];
         out << "\n";
     }
-    return static_cast<bool>(out);
+    out.close();
+    return (out && staged.commit()) || fail("Cannot write histogram file " + path, false);
 }

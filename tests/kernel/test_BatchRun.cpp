@@ -6,11 +6,13 @@
 #include "interface/iParameters.h"
 #include "interface/iSimulator.h"
 #include "interface/iTracer.h"
+#include "kernel/GridReal.h"
 #include "kernel/Tracer.h"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <map>
 #include <memory>
 #include <string>
 #include <sys/stat.h>
@@ -198,9 +200,10 @@ TEST(BatchRun, BadFilesAreRefusedWithTheirMessage)
     EXPECT_TRUE(!outcome.loaded || outcome.status != MP_STATUS_OK);
     EXPECT_TRUE(traced("Cannot read centerline from input file: ")) << g_trace;
 
-    // An output directory that does not exist or cannot be written.
-    EXPECT_FALSE(run_batch(dir, global_section(dir.file("missing/dir")) + SMALL_SEQUENCE).loaded);
-    EXPECT_TRUE(traced("F2G_FILE " + dir.file("missing/dir") + "/block.f2g is not writable"));
+    // An output directory that cannot be made or cannot be written.
+    write_file(dir.file("plain"), "a file\n");
+    EXPECT_FALSE(run_batch(dir, global_section(dir.file("plain/dir")) + SMALL_SEQUENCE).loaded);
+    EXPECT_TRUE(traced("F2G_FILE " + dir.file("plain/dir") + "/block.f2g is not writable"));
     if (::geteuid() != 0)
     {
         const std::string locked = dir.file("locked");
@@ -214,8 +217,8 @@ TEST(BatchRun, BadFilesAreRefusedWithTheirMessage)
 
 TEST(BatchRun, AnExportLostAfterTheRunIsReported)
 {
-    // The directory disappears while the sequence runs: the batch must say
-    // that the export failed instead of claiming success.
+    // The directory is replaced by a file before the batch runs: the batch
+    // must say that the export cannot be made instead of claiming success.
     TempDir dir;
     const std::string out = dir.file("out");
     std::filesystem::create_directories(out);
@@ -224,8 +227,9 @@ TEST(BatchRun, AnExportLostAfterTheRunIsReported)
     NewJournalFile file(sim.get());
     ASSERT_TRUE(file.load(dir.file("run.bat")));
     std::filesystem::remove_all(out);
+    write_file(out, "not a folder\n");
     EXPECT_NE(file.launch(), MP_STATUS_OK);
-    EXPECT_TRUE(traced("Cannot save the simulation in " + out + "/block.f2g")) << g_trace;
+    EXPECT_TRUE(traced("Cannot create the folder " + out + " of F2G_FILE")) << g_trace;
     EXPECT_FALSE(traced("End of batch!"));
 }
 
@@ -259,4 +263,93 @@ TEST(BatchRun, SnapshotAcrossBatchesGivesTheBlockOfOneBatch)
     for (const char* name : {"block.f2g", "topo.f2g", "slice.f2g"})
         EXPECT_TRUE(read_file(dir.file("second") + "/" + name) == read_file(dir.file("whole") + "/" + name))
             << name << " differs after the restart";
+}
+
+// A batch that would write over a file it reads, over another of its outputs,
+// or replace a folder of the user's by a snapshot, is refused when it loads,
+// naming the file; the user's files stay as they were.
+TEST(BatchRun, NoBatchWritesOverAFileOfTheUser)
+{
+    TempDir dir;
+    const std::string d = dir.path().string();
+    GridReal topo(10., 10., 50, 40);
+    topo.fill(10.);
+    ASSERT_TRUE(topo.write(dir.file("topo_in.f2g"), nullptr, GRID_FORMAT_F2G));
+    std::filesystem::create_directories(dir.file("results"));
+    write_file(dir.file("results/earlier.f2g"), "earlier result\n");
+    // An older snapshot of the user's, without a mark.
+    write_file(dir.file("results/params.txt"), "");
+    std::filesystem::create_symlink(dir.file("topo_in.f2g"), dir.file("link.f2g"));
+    const std::string f2g = "F2G_DZ = 0.5\nF2G_FACIES = 1\n";
+    const std::string seq = "[NEW_SEQ]\nLAUNCH_IT = 10\n";
+    const std::string topo_seq = "[NEW_SEQ]\nNEW_TOPO = topo_in.f2g\nLAUNCH_IT = 10\n";
+
+    struct Case
+    {
+        std::string batch;
+        std::string told;
+    };
+    const Case table[] = {
+        {"[GLOBAL]\n" + f2g + "F2G_FILE = b.f2g\n" + seq + "SNAP_SAVE_DIR = .\n",
+         "SNAP_SAVE_DIR of sequence #1: folder " + d + " holds files that are not a snapshot"},
+        {"[GLOBAL]\n" + f2g + "F2G_FILE = b.f2g\n" + seq + "SNAP_SAVE_DIR = results/\n",
+         "SNAP_SAVE_DIR of sequence #1: folder " + d + "/results holds files that are not a snapshot"},
+        {"[GLOBAL]\n" + f2g + "F2G_FILE = out/b.f2g\n" + seq + "SNAP_SAVE_DIR = out\n",
+         "SNAP_SAVE_DIR of sequence #1 " + d + "/out would replace F2G_FILE " + d + "/out/b.f2g"},
+        {"[GLOBAL]\n" + f2g + "F2G_FILE = run.bat\n" + seq,
+         "F2G_FILE " + d + "/run.bat would overwrite the input batch file"},
+        {"[GLOBAL]\n" + f2g + "TOPO_FILE = topo_in.f2g\n" + topo_seq,
+         "TOPO_FILE " + d + "/topo_in.f2g would overwrite the input NEW_TOPO of sequence #1"},
+        {"[GLOBAL]\n" + f2g + "F2G_FILE = ./results/../topo_in.f2g\n" + topo_seq,
+         "F2G_FILE " + d + "/topo_in.f2g would overwrite the input NEW_TOPO of sequence #1"},
+        {"[GLOBAL]\n" + f2g + "F2G_FILE = link.f2g\n" + topo_seq,
+         "F2G_FILE " + d + "/topo_in.f2g would overwrite the input NEW_TOPO of sequence #1"},
+        {"[GLOBAL]\n" + f2g + "F2G_FILE = b.f2g\nTOPO_FILE = b.f2g\n" + seq,
+         "F2G_FILE and TOPO_FILE would both write the file " + d + "/b.f2g"},
+        {"[GLOBAL]\n" + f2g + "F2G_FILE = b.f2g\nSLICE_Z = 1\nSLICE_FILE = b.f2g\n" + seq,
+         "F2G_FILE and SLICE_FILE would both write the file " + d + "/b.f2g"},
+        {"[GLOBAL]\nEXP_WELL = 3;4;0;10\nEXP_WELL = 3;4;1;5\n" + seq,
+         "EXP_WELL 3;4 and EXP_WELL 3;4 would both write the file " + d + "/EXP_WELL3_4.flw"},
+        {"[GLOBAL]\nSLICE_Z = 1\nSLICE_Z = 1.0\n" + seq,
+         "the slice at 1 and the slice at 1 would both write the file " + d + "/run.slice_z=1.f2g"},
+        {"[GLOBAL]\n" + f2g + "F2G_IT = 5\nTOPO_FILE = run_it10.f2g\n" + seq,
+         "F2G_IT and TOPO_FILE would both write the file " + d + "/run_it10.f2g"},
+        {"[GLOBAL]\n" + f2g + "F2G_FILE = results/simu.dat\n" + seq + "SNAP_LOAD_DIR = results\n",
+         "F2G_FILE " + d + "/results/simu.dat would overwrite the input SNAP_LOAD_DIR of sequence #1"},
+        {"[GLOBAL]\n" + f2g + "F2G_FILE = b.f2g\n" + seq + "SNAP_SAVE_DIR = snap\n" + topo_seq +
+             "SNAP_LOAD_DIR = snap\n" + "SNAP_SAVE_DIR = topo_in.f2g\n",
+         "SNAP_SAVE_DIR of sequence #2: " + d + "/topo_in.f2g is a file, not a folder"},
+    };
+    const std::string user_files[] = {"topo_in.f2g", "results/earlier.f2g"};
+    std::map<std::string, std::string> before;
+    for (const std::string& name : user_files)
+        before[name] = read_file(dir.file(name));
+    for (const Case& c : table)
+    {
+        EXPECT_FALSE(run_batch(dir, c.batch).loaded) << c.batch;
+        EXPECT_TRUE(traced("##  ERROR  ## : " + c.told)) << c.batch << "\n" << g_trace;
+        EXPECT_EQ(read_file(dir.file("run.bat")), c.batch);
+        for (const std::string& name : user_files)
+            EXPECT_EQ(read_file(dir.file(name)), before[name]) << name;
+    }
+}
+
+// Missing output folders are made; a snapshot saved by one sequence may be
+// loaded by a later one, and saved again over its own folder.
+TEST(BatchRun, OutputFoldersAreMadeAndSnapshotsReused)
+{
+    TempDir dir;
+    const std::string out = dir.file("new/deep");
+    const std::string batch = global_section(out) + SMALL_SEQUENCE + "SNAP_SAVE_DIR = snap\n" +
+                              "[NEW_SEQ]\nSNAP_LOAD_DIR = snap\nLAUNCH_IT = 10\nSNAP_SAVE_DIR = snap\n";
+    for (int run = 0; run < 2; ++run)
+    {
+        const Outcome outcome = run_batch(dir, batch);
+        ASSERT_TRUE(outcome.loaded) << g_trace;
+        EXPECT_EQ(outcome.status, MP_STATUS_OK) << g_trace;
+        for (const char* name : {"block.f2g", "topo.f2g", "slice.f2g"})
+            EXPECT_TRUE(is_f2g(out + "/" + name)) << name;
+        EXPECT_TRUE(std::filesystem::exists(dir.file("snap/sarvo_snapshot.txt")));
+        EXPECT_FALSE(std::filesystem::exists(dir.file("snap.saving")));
+    }
 }

@@ -259,6 +259,7 @@ TEST(DataFiles, WrittenFileReadsBack)
         out.word("1.5");
         out.word("2");
         out << '\n';
+        out.close();
     }
     const std::string expected = "# " + std::string(69, '=') +
                                  "\n# Centerline\nNAME=run_1\nN_POINTS=-2\nN_VARIABLES=4\n"
@@ -290,6 +291,7 @@ TEST(DataFiles, WrittenFileReadsBack)
         OutDataFile out(path);
         out.setKeySeparator(0);
         out.key_value("NX", 7);
+        out.close();
     }
     EXPECT_EQ(testing_support::read_file(path), "NX 7\n");
     InDataFile grid(path);

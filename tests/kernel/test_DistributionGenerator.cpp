@@ -320,6 +320,7 @@ TEST(DistributionGenerator, SerializeRoundTripContinuesTheDraws)
             ASSERT_TRUE(seed.serialize(out));
             ASSERT_TRUE(gauss.serialize(out));
             ASSERT_TRUE(uniform.serialize(out));
+            out.close();
         }
         SeedGenerator seed2;
         GaussianDistributionGenerator gauss2(&seed2, 0.3, 1.7);

@@ -150,7 +150,8 @@ TEST(NewJournalFile, BadValuesAndEndOfGlobalChecks)
     write_file(dir.file("t1.txt"), "x");
     const std::string f2g = "F2G_DZ = 1\nF2G_FACIES = 1\n";
     const std::string wells = "WELL_FILE = w1.flw\nWELL_FILE = w2.flw\n";
-    const std::string missing = dir.file("nodir") + "/out.f2g";
+    // Missing folders are made at launch: a folder that cannot be made is refused.
+    const std::string missing = dir.file("t1.txt") + "/nodir/out.f2g";
     const std::vector<std::pair<std::string, std::string>> cases = {
         {"TRACE_LEVEL = high\n" + f2g, "Bad formatted value: high"},
         {"VERBOSE = 3\n" + f2g, "Bad formatted value: 3"},
@@ -186,8 +187,8 @@ TEST(NewJournalFile, BadValuesAndEndOfGlobalChecks)
         {"SLICE_Z = 1\nSLICE_FILE = " + missing + "\n", "SLICE_FILE " + missing + " is not writable"},
         {"HISTO_DZ = 1\nHISTO_NZ = 2\nHISTO_FILE = " + missing + "\n",
          "HISTO_FILE " + missing + " is not writable"},
-        {wells + "HISTO_DZ = 1\nHISTO_NZ = 2\nHISTO_FILE = " + dir.file("nodir") + "/h\n",
-         "HISTO_FILE " + dir.file("nodir") + "/h is not writable"},
+        {wells + "HISTO_DZ = 1\nHISTO_NZ = 2\nHISTO_FILE = " + dir.file("t1.txt") + "/h\n",
+         "HISTO_FILE " + dir.file("t1.txt") + "/h is not writable"},
         {"F2G_DZ = 1\n", "F2G_FACIES or F2G_GRAIN or F2G_AGE keyword is missing"},
         {"F2G_DZ = 1\nF2G_FACIES = 0\n", "F2G_FACIES or F2G_GRAIN or F2G_AGE keyword is missing"},
         {"STATS_PROPS = 1\n" + f2g, "STATS_IT, STATS_AV or STATS_COND_FILE keyword is missing"},

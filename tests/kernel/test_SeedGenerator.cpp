@@ -142,6 +142,7 @@ TEST(SeedGenerator, SerializeRoundTripContinuesTheStream)
         OutDataFile out(path);
         ASSERT_TRUE(out.is_open());
         EXPECT_TRUE(gen.serialize(out));
+        out.close();
     }
     const std::string text = read_file(path);
     EXPECT_NE(text.find("SEED=" + std::to_string(gen.getSeed()) + "\n"), std::string::npos);

@@ -7,8 +7,10 @@
 #include "TestSupport.h"
 #include "kernel/Core.h"
 #include "kernel/Domain.h"
+#include "kernel/EMap.h"
 #include "kernel/Network.h"
 #include "kernel/Parameters.h"
+#include "kernel/SnapshotFolder.h"
 #include "kernel/TectoMap.h"
 #include "kernel/Topo.h"
 #include "kernel/Tracer.h"
@@ -226,6 +228,8 @@ struct EditedSnapshot
             return;
         const std::string path = dir + "/dyparams.txt";
         testing_support::write_file(path, edit(read_file(path)));
+        // Signed again: what is under test is the reader, not the checksum.
+        SnapshotFolder::markComplete(dir);
         loaded = new_simulator();
         g_trace.clear();
         ok = loaded->load(dir);
@@ -307,20 +311,23 @@ TEST(Snapshot, BrokenOrMissingSnapshotsAreRefused)
     EXPECT_TRUE(sim->ready(false));
     EXPECT_EQ(sim->getAge(), 10u);
 
-    // A truncated block.
+    // A truncated block; each file is signed again so that the reader itself is tested.
     const std::string block = read_file(dir + "/simu.dat");
     testing_support::write_file(dir + "/simu.dat", block.substr(0, block.size() / 2));
+    SnapshotFolder::markComplete(dir);
     auto other = new_simulator();
     EXPECT_FALSE(other->load(dir));
     EXPECT_EQ(other->getLastMessage(), "Cannot load simulation block from file " + dir + "/simu.dat");
     EXPECT_FALSE(other->ready(false));
     // A block with bytes left over belongs to another grid.
     testing_support::write_file(dir + "/simu.dat", block + "x");
+    SnapshotFolder::markComplete(dir);
     EXPECT_FALSE(other->load(dir));
     EXPECT_EQ(other->getLastMessage(), "Cannot load simulation block from file " + dir + "/simu.dat");
     // A corrupt centerline.
     testing_support::write_file(dir + "/simu.dat", block);
     testing_support::write_file(dir + "/centerline.txt", "N_DIMENSIONS=3\nN_POINTS=0\n");
+    SnapshotFolder::markComplete(dir);
     EXPECT_FALSE(other->load(dir));
     EXPECT_TRUE(
         contains(other->getLastMessage(), "Cannot read centerline from file " + dir + "/centerline.txt"));
@@ -328,6 +335,7 @@ TEST(Snapshot, BrokenOrMissingSnapshotsAreRefused)
     // A plain centerline, without the channel's state, is laid on the block as a new channel.
     ASSERT_NE(sim->getChannel(), nullptr);
     ASSERT_TRUE(sim->saveCenterline(dir + "/centerline.txt"));
+    SnapshotFolder::markComplete(dir);
     g_trace.clear();
     EXPECT_TRUE(other->load(dir)) << other->getLastMessage();
     EXPECT_NE(other->getChannel(), nullptr);
@@ -406,8 +414,250 @@ TEST(Snapshot, TectonicAndFlatteningMapsComeBackExactly)
 
     // A snapshot whose exact tectonic values are cut short is refused.
     testing_support::write_file(dir + "/tecto.dat", "\x02");
+    SnapshotFolder::markComplete(dir);
     EXPECT_FALSE(other->load(dir));
     EXPECT_EQ(other->getLastMessage(),
               "Cannot load tectonic deformation map from file " + dir + "/tecto.dat");
+}
+} // namespace
+
+namespace
+{
+// A copy of a saved snapshot folder, to damage or rearrange.
+void copy_folder(const std::string& from, const std::string& to)
+{
+    fs::create_directories(to);
+    fs::copy(from, to, fs::copy_options::recursive | fs::copy_options::overwrite_existing);
+}
+
+TEST(Snapshot, DamagedSnapshotFilesAreRefusedByName)
+{
+    TempDir tmp;
+    auto sim = initialised_simulator();
+    ASSERT_TRUE(sim);
+    ASSERT_TRUE(sequence(*sim, 20));
+    const std::string saved = tmp.path().string() + "/snap";
+    ASSERT_TRUE(sim->save(saved)) << sim->getLastMessage();
+    ASSERT_TRUE(fs::exists(saved + "/" + SnapshotFolder::MP_MARK_FILE));
+
+    struct Damage
+    {
+        const char* file;
+        double where; // fraction of the file; below 0: the file is cut to half, above 1: removed
+        const char* told;
+    };
+    const Damage table[] = {
+        {"simu.dat", 0.0, "is damaged"},     {"simu.dat", 0.01, "is damaged"},
+        {"simu.dat", 0.1, "is damaged"},     {"simu.dat", 0.2, "is damaged"},
+        {"simu.dat", 0.3, "is damaged"},     {"simu.dat", 0.4, "is damaged"},
+        {"simu.dat", 0.5, "is damaged"},     {"simu.dat", 0.6, "is damaged"},
+        {"simu.dat", 0.7, "is damaged"},     {"simu.dat", 0.8, "is damaged"},
+        {"simu.dat", 0.9, "is damaged"},     {"simu.dat", 0.999, "is damaged"},
+        {"dyparams.txt", 0.5, "is damaged"}, {"params.txt", 0.5, "is damaged"},
+        {"emap.txt", 0.9, "is damaged"},     {"centerline.txt", -1., "does not have the size"},
+        {"simu.dat", 2., "is missing"},
+    };
+    int row = 0;
+    for (const Damage& d : table)
+    {
+        const std::string dir = tmp.path().string() + "/damaged" + std::to_string(row++);
+        copy_folder(saved, dir);
+        const std::string path = dir + "/" + d.file;
+        std::string bytes = read_file(path);
+        if (d.where > 1.)
+            fs::remove(path);
+        else if (d.where < 0.)
+            testing_support::write_file(path, bytes.substr(0, bytes.size() / 2));
+        else
+        {
+            const size_t at = static_cast<size_t>(d.where * static_cast<double>(bytes.size()));
+            bytes[at] = static_cast<char>(bytes[at] ^ 0x10);
+            testing_support::write_file(path, bytes);
+        }
+        // Refused before anything changes: the simulator goes on as it was.
+        EXPECT_FALSE(sim->load(dir)) << d.file << " at " << d.where;
+        EXPECT_TRUE(contains(sim->getLastMessage(), "Snapshot file " + path + " " + d.told))
+            << sim->getLastMessage();
+        EXPECT_TRUE(sim->ready(false));
+        EXPECT_EQ(sim->getAge(), 20u);
+    }
+    // A snapshot of an older version has no list of files: it still loads.
+    const std::string old = tmp.path().string() + "/old";
+    copy_folder(saved, old);
+    fs::remove(old + "/" + SnapshotFolder::MP_MARK_FILE);
+    auto other = new_simulator();
+    EXPECT_TRUE(other->load(old)) << other->getLastMessage();
+    EXPECT_EQ(other->getAge(), 20u);
+}
+
+// The folders a save leaves when it is killed at each of its steps: the
+// loader takes the newest complete snapshot and says which.
+TEST(Snapshot, InterruptedSaveIsRecovered)
+{
+    TempDir tmp;
+    const std::string older = tmp.path().string() + "/older";
+    const std::string newer = tmp.path().string() + "/newer";
+    {
+        auto sim = initialised_simulator();
+        ASSERT_TRUE(sim);
+        ASSERT_TRUE(sequence(*sim, 10) && sim->save(older));
+        ASSERT_TRUE(sequence(*sim, 10) && sim->save(newer));
+    }
+    enum Content
+    {
+        NONE,
+        OLDER,
+        NEWER,
+        HALF_NEWER // the new one before its list of files was written
+    };
+    struct Layout
+    {
+        const char* when;
+        Content snap, saving, previous;
+        unsigned int age; // 0: refused
+        const char* used; // "" : the folder itself, without warning
+    };
+    const Layout table[] = {
+        {"while writing the new one", OLDER, HALF_NEWER, NONE, 10, ""},
+        {"after moving the old one aside", NONE, HALF_NEWER, OLDER, 10, ".previous"},
+        {"between the two renames", NONE, NEWER, OLDER, 20, ".saving"},
+        {"before removing the old one", NEWER, NONE, OLDER, 20, ""},
+        {"with nothing complete left", NONE, HALF_NEWER, NONE, 0, ""},
+        {"with its own mark never completed", HALF_NEWER, NONE, NONE, 0, ""},
+    };
+    int row = 0;
+    for (const Layout& l : table)
+    {
+        const std::string snap = tmp.path().string() + "/snap" + std::to_string(row++);
+        auto place = [&](Content content, const std::string& dir)
+        {
+            if (content == NONE)
+                return;
+            copy_folder(content == OLDER ? older : newer, dir);
+            if (content == HALF_NEWER)
+                SnapshotFolder::markIncomplete(dir);
+        };
+        place(l.snap, snap);
+        place(l.saving, SnapshotFolder::staging(snap));
+        place(l.previous, SnapshotFolder::previous(snap));
+        auto sim = new_simulator();
+        g_trace.clear();
+        const bool loaded = sim->load(snap);
+        EXPECT_EQ(loaded, l.age != 0) << l.when << ": " << sim->getLastMessage();
+        if (!loaded)
+            continue;
+        EXPECT_EQ(sim->getAge(), l.age) << l.when;
+        const std::string warning = "loading the complete snapshot in " + snap + l.used;
+        EXPECT_EQ(contains(g_trace, warning), *l.used != '\0') << l.when << "\n" << g_trace;
+        // The next save cleans up what the interrupted one left.
+        ASSERT_TRUE(sim->save(snap)) << l.when << ": " << sim->getLastMessage();
+        EXPECT_FALSE(fs::exists(SnapshotFolder::staging(snap))) << l.when;
+        EXPECT_FALSE(fs::exists(SnapshotFolder::previous(snap))) << l.when;
+    }
+}
+
+// A snapshot replaces only a folder that is missing, empty or a snapshot.
+TEST(Snapshot, SaveNeverReplacesAFolderOfTheUser)
+{
+    TempDir tmp;
+    auto sim = initialised_simulator();
+    ASSERT_TRUE(sim);
+    ASSERT_TRUE(sequence(*sim, 5));
+    struct Case
+    {
+        const char* what;
+        const char* user_file; // relative to tmp, made before the save
+        const char* target;    // relative to tmp
+        bool saved;
+        const char* told;
+    };
+    const Case table[] = {
+        {"a missing folder", nullptr, "new", true, ""},
+        {"an empty folder", "empty/", "empty", true, ""},
+        {"the folder of the inputs", "inputs/run.bat", "inputs", false, "folder "},
+        {"a folder of results", "results/block.f2g", "results/", false, "folder "},
+        {"a file", "plain.txt", "plain.txt", false, " is a file, not a folder"},
+        {"a user folder under the staging name", "busy.saving/keep.txt", "busy", false,
+         "cannot clear folder "},
+    };
+    for (const Case& c : table)
+    {
+        const std::string user = c.user_file ? tmp.file(c.user_file) : std::string();
+        if (c.user_file && user.back() == '/')
+            fs::create_directories(user);
+        else if (c.user_file)
+        {
+            fs::create_directories(fs::path(user).parent_path());
+            testing_support::write_file(user, "user data\n");
+        }
+        const std::string target = tmp.file(c.target);
+        EXPECT_EQ(sim->save(target), c.saved) << c.what << ": " << sim->getLastMessage();
+        if (c.saved)
+        {
+            EXPECT_TRUE(fs::exists(target + "/" + SnapshotFolder::MP_MARK_FILE)) << c.what;
+            // Saving over its own snapshot is allowed.
+            EXPECT_TRUE(sim->save(target)) << c.what << ": " << sim->getLastMessage();
+            continue;
+        }
+        EXPECT_TRUE(contains(sim->getLastMessage(), c.told)) << c.what << ": " << sim->getLastMessage();
+        EXPECT_EQ(read_file(user), "user data\n") << c.what;
+    }
+}
+
+// The snapshot's erodibility comes back: the block's own when the map beside
+// it says the same, the map when the user put another one there.
+TEST(Snapshot, ErodibilityMapOfTheSnapshotComesBack)
+{
+    TempDir tmp;
+    auto sim = initialised_simulator();
+    ASSERT_TRUE(sim);
+    const GridParams geom = sim->domain()->getGridParams();
+    EMap given(geom);
+    for (int j = 0; j < geom.getNy(); ++j)
+        for (int i = 0; i < geom.getNx(); ++i)
+            given.set_at(i, j, 1. + (i % 7) + 0.5 * j);
+    ASSERT_TRUE(sim->loadEMap(given, false)) << sim->getLastMessage();
+    ASSERT_TRUE(sequence(*sim, 10));
+    const std::string dir = tmp.path().string() + "/snap";
+    ASSERT_TRUE(sim->save(dir)) << sim->getLastMessage();
+    EMap saved;
+    ASSERT_TRUE(sim->getEMap(saved));
+
+    // The user's map: half the erodibility, in a snapshot of an older version.
+    EMap edited(saved);
+    for (int j = 0; j < geom.getNy(); ++j)
+        for (int i = 0; i < geom.getNx(); ++i)
+        {
+            double v = 0.;
+            saved.get_at(i, j, v);
+            edited.set_at(i, j, v / 2.);
+        }
+    const std::string old = tmp.path().string() + "/old";
+    copy_folder(dir, old);
+    fs::remove(old + "/" + SnapshotFolder::MP_MARK_FILE);
+    ASSERT_TRUE(edited.write(old + "/emap.txt", nullptr, GRID_FORMAT_F2G, "+Y +X +Z"));
+
+    struct Case
+    {
+        std::string dir;
+        const EMap* expected;
+        double tolerance;
+    };
+    const Case table[] = {{dir, &saved, 0.}, {old, &edited, 1e-5}};
+    for (const Case& c : table)
+    {
+        auto other = new_simulator();
+        ASSERT_TRUE(other->load(c.dir)) << other->getLastMessage();
+        EMap got;
+        ASSERT_TRUE(other->getEMap(got));
+        for (int j = 0; j < geom.getNy(); ++j)
+            for (int i = 0; i < geom.getNx(); ++i)
+            {
+                double want = 0., have = 0.;
+                c.expected->get_at(i, j, want);
+                got.get_at(i, j, have);
+                ASSERT_NEAR(have, want, c.tolerance * want) << c.dir << " at " << i << ", " << j;
+            }
+    }
 }
 } // namespace

@@ -264,6 +264,7 @@ TEST(TimeProcess, SerializeRoundTripContinuesTheSchedules)
         EXPECT_TRUE(periodic.serialize("EP", out));
         EXPECT_TRUE(poisson.serialize("LAV", out));
         EXPECT_TRUE(untouched.serialize("STATS", out));
+        out.close();
     }
     const std::string text = read_file(path);
     EXPECT_NE(text.find("EP_INIT=0\nEP_NEXT=9\n"), std::string::npos);
