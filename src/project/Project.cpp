@@ -108,6 +108,10 @@ bool Project::warning(const std::string& text)
 bool Project::create()
 {
     std::error_code ec;
+    // Only a project, or an empty folder, is made anew: a folder of the user's
+    // that happens to bear the project's name is left as it is.
+    if (fs::exists(_path, ec) && !fs::is_empty(_path, ec) && !fs::exists(_path + VERSION_FILE, ec))
+        return error("Unable to create project : " + _path + " holds files that are not a project's");
     if (fs::exists(_path, ec) && !removeDirectory(_path))
         return false;
     if (!fs::create_directories(_path, ec))

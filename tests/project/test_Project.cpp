@@ -232,6 +232,14 @@ TEST(ProjectFiles, RemovalStaysInsideTheProjectAndCopiesKeepTheirSources)
     EXPECT_TRUE(s.project->removeDirectory(prj.string()));
     EXPECT_FALSE(fs::exists(prj));
     EXPECT_EQ(read_file(file), "user data");
+
+    // A folder of the user's that bears the project's name is not a project to remake.
+    fs::create_directories(prj);
+    write_file((prj / "notes.txt").string(), "user data");
+    s.dialogs.boxes.clear();
+    EXPECT_FALSE(s.project->create());
+    EXPECT_TRUE(contains(s.dialogs.all(), "holds files that are not a project's")) << s.dialogs.all();
+    EXPECT_EQ(read_file((prj / "notes.txt").string()), "user data");
 }
 
 TEST(ProjectVersion, TheVersionFileDecidesWhetherAProjectOpens)
