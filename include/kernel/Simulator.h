@@ -239,7 +239,6 @@ private:
     // Runs an action of the model's surfaces and maps, turning whatever it
     // throws into the failure "Simulator::<name> : <what it said>".
     template <typename Action> bool guardedAction(const std::string& name, Action action);
-    bool notAvailable(const std::string& operation) const;
     TimeProcessParamType processParams(const std::string& type, const std::string& period,
                                        const std::string& poisson) const;
     DistGenParamType distParams(const std::string& prefix) const;

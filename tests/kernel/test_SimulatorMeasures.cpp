@@ -18,6 +18,7 @@
 
 #include <cmath>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -171,7 +172,19 @@ TEST(SimulatorMeasures, CutoffCountsAndIsbxHistory)
     auto sim = simulator();
     EXPECT_EQ(sim->getNbCutoff(), 0u);
     EXPECT_EQ(sim->getMeanNbCutoff(), MP_UNDEF_REAL);
+    // Only the forecast is told before the model exists, then the record of the first cutoff.
+    std::ostringstream tau;
+    tau << sim->getMeanderCalculator()->default_tau_cut();
+    const std::string forecast = "Forecast First Cutoff Abstract Time: " + tau.str() + "\n";
+    EXPECT_EQ(sim->getTauCutStats(), forecast);
     ASSERT_EQ(sim->init(false), 0);
+    EXPECT_EQ(sim->getTauCutStats(), forecast + "No meander cutoff yet\n");
+    sim->network()->set_first_cutoff(120, 0.5, 1.25, 1.5, 1.75, 400., 90.);
+    EXPECT_EQ(sim->getTauCutStats(),
+              forecast + "First Cutoff Iteration: 120\nFirst Cutoff Abstract Time: 0.5\n"
+                         "Sinuosity at First Cutoff: 1.25\nAllen Sinuosity at First Cutoff: 1.5\n"
+                         "Tortuosity at First Cutoff: 1.75\nWavelength at First Cutoff (m): 400\n"
+                         "Sand Bodies Extension at First Cutoff: 90\n");
     sim->network()->set_counters(2, 1, 2, 0, 9);
     EXPECT_EQ(sim->getNbCutoff(), 9u);
     // Three channel lives for two avulsions.
