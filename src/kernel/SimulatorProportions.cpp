@@ -6,6 +6,7 @@
 #include "kernel/CoreList.h"
 #include "kernel/Domain.h"
 #include "kernel/FaciesProportions.h"
+#include "kernel/Tracer.h"
 
 #include <sstream>
 
@@ -48,9 +49,10 @@ bool Simulator::getWellVerticalProportions(double dz, FaciesProportions& curve) 
 {
     if (!(dz > 0.))
         return fail(step_refused(dz), false);
+    // Without any well (all may have been refused at loading) the curve has
+    // no slice, so that a batch keeps its other outputs.
     CoreList logs;
-    if (!getAllWells(logs))
-        return fail(std::string("No conditioning well: no vertical proportion curve of wells"), false);
+    getAllWells(logs);
     curve = FaciesProportions::vertical_curve(logs, dz);
     return true;
 }
@@ -83,6 +85,8 @@ bool Simulator::saveWellVerticalProportions(const std::string& path, double dz)
     std::string error;
     if (!getWellVerticalProportions(dz, curve))
         return false;
+    if (curve.rows() == 0)
+        _tracer->warning("No conditioning well: the vertical proportion curve in " + path + " is empty");
     if (!curve.write(path, error))
         return fail(error, false);
     return true;

@@ -228,9 +228,14 @@ TEST(SimulatorMeasures, ProportionCurvesAndMatrixOfALayeredBlock)
     ASSERT_EQ(rows.size(), static_cast<size_t>(NX * NY + 1));
     EXPECT_EQ(rows[0].substr(0, 30), "i;j;x;y;thickness;prop_sand;pr");
 
-    // The wells' curve needs wells; an unwritable file is refused with its name.
-    EXPECT_FALSE(sim->saveWellVerticalProportions(dir.file("wells.csv"), 1.));
-    EXPECT_EQ(sim->getLastMessage(), "No conditioning well: no vertical proportion curve of wells");
+    // Without wells their curve is the header alone; an unwritable file is refused with its name.
+    sim->getTracer()->setTraceFunction(capture);
+    g_trace.clear();
+    EXPECT_TRUE(sim->saveWellVerticalProportions(dir.file("wells.csv"), 1.));
+    EXPECT_EQ(testing_support::read_file(dir.file("wells.csv")), lines[0] + "\n");
+    EXPECT_NE(g_trace.find("No conditioning well: the vertical proportion curve in " + dir.file("wells.csv") +
+                           " is empty"),
+              std::string::npos);
     EXPECT_FALSE(sim->saveProportionMatrix(dir.file("none/pm.csv")));
     EXPECT_EQ(sim->getLastMessage(), "Cannot open proportion file " + dir.file("none/pm.csv"));
 }
