@@ -24,8 +24,8 @@ public:
 
     // Slices of height dz from `z0` (the lowest base of the logs when
     // undefined) up to their highest top, geographic elevations; no slice
-    // without any sample. A log counts in a slice where it holds more than
-    // a rounding of deposits.
+    // without any sample, bounds on whole micrometres. Overlaps of a
+    // micrometre or less are rounding and count for nothing.
     static FaciesProportions vertical_curve(const CoreList& logs, double dz, double z0 = MP_UNDEF_REAL);
     // One row per node of the block, j slowest, over the whole column.
     static FaciesProportions matrix(const Domain& domain);

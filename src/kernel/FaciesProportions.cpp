@@ -37,6 +37,8 @@ FaciesProportions FaciesProportions::vertical_curve(const CoreList& logs, double
         return curve;
     if (z0 != MP_UNDEF_REAL)
         zmin = std::min(z0, zmax);
+    // Slice bounds on whole micrometres, free of the rounding of summed thicknesses.
+    zmin = std::round(zmin / MP_EPSILON) * MP_EPSILON;
     // A top that lies on a slice border (to rounding) does not open a slice of its own.
     const int nz = std::max(1, static_cast<int>(std::ceil((zmax - zmin) / dz - MP_EPSILON)));
     curve._rows.resize(static_cast<size_t>(nz));
@@ -57,11 +59,11 @@ FaciesProportions FaciesProportions::vertical_curve(const CoreList& logs, double
             {
                 const double zb = zmin + k * dz;
                 const double overlap = std::min(sample.getTop(), zb + dz) - std::max(sample.getZ(), zb);
-                if (overlap <= 0.)
+                // Thicknesses are whole centimetres: less than a micrometre is rounding.
+                if (overlap <= MP_EPSILON)
                     continue;
                 curve._rows[static_cast<size_t>(k)].thickness[family] += overlap;
-                if (overlap > MP_EPSILON)
-                    seen[static_cast<size_t>(k)] = true;
+                seen[static_cast<size_t>(k)] = true;
             }
         }
         for (int k = 0; k < nz; ++k)
