@@ -88,6 +88,7 @@ int Main::run(int argc, char** argv)
     _no_splash = options.no_splash;
     _batch_file = options.batch_file;
     _tracer->setTraceFunction(trace_function);
+    _simulator->printVersion();
     FixDistribution(options);
     if (options.version || options.keywords)
     {

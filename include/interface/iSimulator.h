@@ -24,6 +24,7 @@ class Well;
 class Core;
 class CoreList;
 class UserClassList;
+class FaciesProportions;
 class iImageWriter;
 
 // Results of the run operations. Code 4 is produced by no operation.
@@ -207,6 +208,16 @@ public:
     // 1e30 where nothing was deposited.
     virtual bool getSlice(double z, std::vector<double>& values) const = 0;
     virtual bool saveConditioningStats(const std::string& path) = 0;
+    // Shares of the facies families: the block's vertical proportion curve by
+    // slices of dz, its proportion matrix node by node, and the vertical
+    // proportion curve of the conditioning wells' logs. False with the reason
+    // in the last message.
+    virtual bool getVerticalProportions(double dz, FaciesProportions& curve) const = 0;
+    virtual bool getProportionMatrix(FaciesProportions& matrix) const = 0;
+    virtual bool getWellVerticalProportions(double dz, FaciesProportions& curve) const = 0;
+    virtual bool saveVerticalProportions(const std::string& path, double dz) = 0;
+    virtual bool saveProportionMatrix(const std::string& path) = 0;
+    virtual bool saveWellVerticalProportions(const std::string& path, double dz) = 0;
     // Non-expert inference from channel maximum depth, sand bodies extension
     // index and net to gross (1e30 where not given); `adaptGrid` lets it
     // resize the grid. False with the reason in `message`.

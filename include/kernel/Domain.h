@@ -123,6 +123,8 @@ public:
     // --- Surfaces handed out, on the domain geometry
     // Geographic top, or the horizon of `age` when it is not 0.
     void getTopo(Topo& topo, bool with_water, unsigned int age = 0) const;
+    // Geographic top continued over the margins, on a grid widened by them.
+    void get_extra_topo(Topo& topo) const;
     void get_age_horizon(Topo& topo, unsigned int age) const;
     void get_emap(EMap& emap) const;
     // Geographic upper limit, undefined where none is set.

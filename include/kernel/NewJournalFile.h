@@ -6,6 +6,7 @@
 
 #include "kernel/Constants.h"
 #include "kernel/NewJournalSequence.h"
+#include "kernel/ProportionExports.h"
 
 #include <iosfwd>
 #include <string>
@@ -177,4 +178,6 @@ private:
     std::vector<ExtractedWell> _extractedWells;
     // Directory of the preview images written at the end of the batch.
     std::string _pngDir;
+    // Proportion curves and matrix written at the end of the batch.
+    ProportionExports _proportions;
 };

@@ -174,6 +174,12 @@ public:
                      double zmax, const std::string& order) override;
     bool getSlice(double z, std::vector<double>& values) const override;
     bool saveConditioningStats(const std::string& path) override;
+    bool getVerticalProportions(double dz, FaciesProportions& curve) const override;
+    bool getProportionMatrix(FaciesProportions& matrix) const override;
+    bool getWellVerticalProportions(double dz, FaciesProportions& curve) const override;
+    bool saveVerticalProportions(const std::string& path, double dz) override;
+    bool saveProportionMatrix(const std::string& path) override;
+    bool saveWellVerticalProportions(const std::string& path, double dz) override;
     bool applyNexus(const std::vector<double>& nexus, bool adaptGrid, std::string& message) override;
     bool applyNeqsus(const std::vector<double>& nexus, bool adaptGrid, std::string& message) override;
     bool nexusFromWells(const CoreList& cores, std::vector<double>& nexus, std::string& message) override;
@@ -239,7 +245,6 @@ private:
     // Runs an action of the model's surfaces and maps, turning whatever it
     // throws into the failure "Simulator::<name> : <what it said>".
     template <typename Action> bool guardedAction(const std::string& name, Action action);
-    bool notAvailable(const std::string& operation) const;
     TimeProcessParamType processParams(const std::string& type, const std::string& period,
                                        const std::string& poisson) const;
     DistGenParamType distParams(const std::string& prefix) const;

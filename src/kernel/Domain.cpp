@@ -857,6 +857,26 @@ void Domain::getTopo(Topo& topo, bool with_water, unsigned int age) const
             topo.set_at(i, j, getObject(i, j).get_topo_geo(with_water));
 }
 
+void Domain::get_extra_topo(Topo& topo) const
+{
+    // The grid grows by the margins on each side; its node (0, 0) lies at the
+    // domain's node (-mx, -my).
+    GridParams params(static_cast<const GridParams&>(*this));
+    params.setNx(_nx + 2 * _mx);
+    params.setNy(_ny + 2 * _my);
+    const Point2D corner = grid2Geo(-_mx, -_my);
+    params.setLocation(Point3D(corner.get_abscissa(), corner.get_ordinate(), getLocation().get_elevation()));
+    topo.reset(params);
+    for (int j = -_my; j < _ny + _my; ++j)
+        for (int i = -_mx; i < _nx + _mx; ++i)
+        {
+            // Beyond the grid the flattening shift of the nearest border node holds.
+            const DepositionSet& near = getObject(std::clamp(i, 0, _nx - 1), std::clamp(j, 0, _ny - 1));
+            const double shift = near.get_topo_geo(false) - near.get_topo_rel(false);
+            topo.set_at(i + _mx, j + _my, shift + get_topo_extrapolated(true, false, i, j));
+        }
+}
+
 void Domain::get_age_horizon(Topo& topo, unsigned int age) const
 {
     topo.reset(static_cast<const GridParams&>(*this));

@@ -30,8 +30,13 @@ void Network::create_intersection_grid()
         return;
     _cg.reset();
     const double width = _ch->width();
-    double xmin = MP_MAX_REAL_VALUE, ymin = MP_MAX_REAL_VALUE;
-    double xmax = MP_MIN_REAL_VALUE, ymax = MP_MIN_REAL_VALUE;
+    // The channel's running box: it only widens as the points move, so the
+    // grid holds every place the channel has been. A box never widened yet
+    // is empty and holds the two reference points only.
+    Point2D bbox_min, bbox_max;
+    _ch->get_bounding_box(bbox_min, bbox_max);
+    double xmin = bbox_min.get_abscissa(), ymin = bbox_min.get_ordinate();
+    double xmax = bbox_max.get_abscissa(), ymax = bbox_max.get_ordinate();
     auto hold = [&](const Point2D& p)
     {
         xmin = std::min(xmin, p.get_abscissa());
@@ -39,8 +44,6 @@ void Network::create_intersection_grid()
         ymin = std::min(ymin, p.get_ordinate());
         ymax = std::max(ymax, p.get_ordinate());
     };
-    for (const ChannelPoint* cp = _ch->first(); cp != nullptr; cp = cp->next())
-        hold(*cp);
     hold(_domain->get_upstream_corner());
     hold(_domain->get_downstream_corner());
     const double x0 = std::floor(xmin);

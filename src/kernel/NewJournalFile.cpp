@@ -48,6 +48,7 @@ NewJournalFile::NewJournalFile(iSimulator* simulator) : _simulator(simulator)
 void NewJournalFile::reset()
 {
     _batchFile.clear();
+    _proportions = ProportionExports();
     _directory = ".";
     _sequences.clear();
     _failed = false;
@@ -566,6 +567,12 @@ bool NewJournalFile::read_output_keyword(const std::string& key, const std::stri
     }
     else if (key == "PNG_DIR")
         _pngDir = filename(value, true);
+    else if (ProportionExports::is_keyword(key))
+    {
+        std::string error;
+        if (!_proportions.read_keyword(key, key == "VPC_DZ" ? value : filename(value), error))
+            return fail(error);
+    }
     else if (key != "EXP_WELL")
         known = false;
     return true;
@@ -752,6 +759,8 @@ bool NewJournalFile::check_outputs()
     for (const ExtractedWell& well : _extractedWells)
         if (!check_writable(extracted_well_file(well), "Extracted well file "))
             return false;
+    if (std::string error; !_proportions.check(error))
+        return fail(error);
     // The preview directory is made at the end when it does not exist yet.
     std::error_code code;
     if (!_pngDir.empty() &&
@@ -785,7 +794,7 @@ bool NewJournalFile::check_exports()
         return fail("Wrong HISTO_DZ or HISTO_NZ value (must be > 0.)");
     const bool anything = stats || !_sliceZ.empty() || is_set(_histoDz) || is_set(_histoNz) ||
                           is_set(_f2gDz) || !_extractedWells.empty() || !_statsCondFile.empty() ||
-                          !_pngDir.empty();
+                          !_pngDir.empty() || _proportions.any();
     if (!anything)
         return fail("Nothing to export (please use STATS_IT, STATS_AV, SLICE_Z, HISTO_DZ, HISTO_NZ, F2G_DZ, "
                     "EXP_WELL or STATS_COND_FILE)");
@@ -1049,6 +1058,8 @@ bool NewJournalFile::save_outputs()
     if (is_set(_f2gDz) && !exportSimuF2G(is_set(_f2gIt)))
         return false;
     if (!save_topography() || !save_slices() || !save_conditioning_stats())
+        return false;
+    if (!_proportions.save(*_simulator))
         return false;
     const bool histogram = is_set(_histoDz) && is_set(_histoNz);
     if (histogram && !_wellFiles.empty())

@@ -125,7 +125,8 @@ void Simulator::duplicate(const Simulator& other)
 
 void Simulator::printVersion() const
 {
-    _tracer->trace("Sarvo (" + _parameters->getVersionStr() + ") / " + _parameters->getVersionDate(),
+    // A line of its own, shown only to the most verbose trace.
+    _tracer->trace("Sarvo (" + _parameters->getVersionStr() + ") / " + _parameters->getVersionDate() + "\n",
                    TRACE_ALL);
 }
 
@@ -192,11 +193,6 @@ int Simulator::fail(const std::string& text, int result) const
     _lastMessage = text;
     _tracer->error(text);
     return result;
-}
-
-bool Simulator::notAvailable(const std::string& operation) const
-{
-    return fail(operation + " is not available yet", false);
 }
 
 void Simulator::printout(const std::string& text) const

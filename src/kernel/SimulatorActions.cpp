@@ -239,9 +239,22 @@ bool Simulator::getTopo(Topo& topo, bool withWater, unsigned int age) const
     return true;
 }
 
-bool Simulator::saveExtraTopo(const std::string&, int, const std::string&)
+bool Simulator::saveExtraTopo(const std::string& path, int format, const std::string& order)
 {
-    return notAvailable("saveExtraTopo");
+    if (!ready(true))
+        return false;
+    Topo topo;
+    try
+    {
+        _domain->get_extra_topo(topo);
+    }
+    catch (const std::string& reason)
+    {
+        return fail("Cannot extrapolate topography over the margins\n" + reason, false);
+    }
+    if (!topo.write(path, _tracer.get(), format, order))
+        return fail("Cannot save extrapolated topography into file " + path + "\n" + topo.getError(), false);
+    return true;
 }
 
 bool Simulator::saveAgeHorizon(const std::string& path, unsigned int age, int format,

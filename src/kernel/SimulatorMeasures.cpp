@@ -569,8 +569,24 @@ std::string Simulator::getInferenceStats()
 
 std::string Simulator::getTauCutStats() const
 {
-    notAvailable("getTauCutStats");
-    return std::string();
+    std::ostringstream out;
+    out << "Forecast First Cutoff Abstract Time: " << _meanderCalculator->default_tau_cut() << "\n";
+    if (!ready(false))
+        return out.str();
+    // The record is empty until the first meander cutoff of the run.
+    if (_network->first_cutoff_time() == 0.)
+    {
+        out << "No meander cutoff yet\n";
+        return out.str();
+    }
+    out << "First Cutoff Iteration: " << _network->first_cutoff_iter() << "\n"
+        << "First Cutoff Abstract Time: " << _network->first_cutoff_time() << "\n"
+        << "Sinuosity at First Cutoff: " << _network->first_cutoff_sinuosity() << "\n"
+        << "Allen Sinuosity at First Cutoff: " << _network->first_cutoff_allen() << "\n"
+        << "Tortuosity at First Cutoff: " << _network->first_cutoff_tortuosity() << "\n"
+        << "Wavelength at First Cutoff (m): " << _network->first_cutoff_wavelength() << "\n"
+        << "Sand Bodies Extension at First Cutoff: " << _network->first_cutoff_extension() << "\n";
+    return out.str();
 }
 
 bool Simulator::applyNexus(const std::vector<double>& nexus, bool adaptGrid, std::string& message)

@@ -76,6 +76,24 @@ TEST(Main, BatchOnTheFreeTierIsRefusedBeforeReadingTheFile)
               std::string::npos);
 }
 
+// The version line goes to the most verbose trace only, before anything else is said.
+TEST(Main, VersionLineOnlyWhenVerbose)
+{
+    const struct
+    {
+        std::vector<const char*> args;
+        bool shown;
+    } cases[] = {{{"-v", "-f", "-b", "x.bat"}, true}, {{"-f", "-b", "x.bat"}, false}};
+    for (const auto& c : cases)
+    {
+        Main app;
+        const std::string line =
+            "Sarvo (" + app.parameters().getVersionStr() + ") / " + app.parameters().getVersionDate() + "\n";
+        const Outcome o = run_main(c.args, &app);
+        EXPECT_EQ(o.out.rfind(line, 0) == 0, c.shown) << o.out;
+    }
+}
+
 TEST(Main, FatalTraceLevelThrows)
 {
     EXPECT_THROW(Main::trace_function("x", TRACE_FATAL), int);

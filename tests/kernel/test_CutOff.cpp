@@ -281,6 +281,28 @@ TEST_F(NetworkCutOffTest, MergedLoopIsRemovedAndCountedOnce)
     EXPECT_EQ(network->nb_cutoffs(), 1u);
 }
 
+TEST_F(NetworkCutOffTest, GridCoversTheRunningBoxOfTheChannel)
+{
+    Channel* channel = install(double_loop());
+    channel->update_bounding_box();
+    // The loops move 500 m north: the box keeps where they were, and so does the grid.
+    for (ChannelPoint* cp = channel->first(); cp != nullptr; cp = cp->next())
+        cp->reset(cp->getX(), cp->getY() + 500., cp->get_elevation());
+    channel->update_bounding_box();
+    network->create_intersection_grid();
+    const ChannelGrid* grid = network->channel_grid();
+    ASSERT_NE(grid, nullptr);
+    EXPECT_EQ(grid->getY0(), -2120.);
+    EXPECT_EQ(grid->getX0(), std::floor(std::min(-25., domain->get_upstream_corner().get_abscissa())));
+    const double top = std::max(domain->get_upstream_corner().get_ordinate(),
+                                domain->get_downstream_corner().get_ordinate());
+    EXPECT_EQ(grid->getNy(), static_cast<int>(std::ceil((top + 2120.) / WIDTH)) + 1);
+    // The cuts are those of the points where they stand now.
+    EXPECT_TRUE(network->check_intersections(channel, false));
+    EXPECT_EQ(network->nb_cutoffs(), 1u);
+    EXPECT_EQ(channel->number_of_points(), 3);
+}
+
 TEST_F(NetworkCutOffTest, ShortLoopIsRemovedWithoutCounting)
 {
     // A loop of 42 m, shorter than two widths: filled and removed, not a meander cutoff.

@@ -255,6 +255,27 @@ TEST(Domain, TopographyExtrapolatedIsContinuousAndMirrored)
     EXPECT_NEAR(dom->get_topo_extrapolated(false, true, -1, 2, MP_UNDEF_INT, MP_UNDEF_INT, true),
                 10. - (0.75 * 6. + 0.25 * 5.) + 20. * 0.001, 1e-12);
     EXPECT_EQ(dom->get_topo_extrapolated(true, true, 3, 2, MP_UNDEF_INT, MP_UNDEF_INT, true), 8.);
+
+    // The exported surface: the grid widened by the margins, its first node at
+    // the domain's node (-2, -2), geographic values.
+    Topo extra;
+    dom->get_extra_topo(extra);
+    ASSERT_EQ(extra.getNx(), 12);
+    ASSERT_EQ(extra.getNy(), 10);
+    EXPECT_DOUBLE_EQ(extra.getRotation(), ROTATION);
+    const Point2D corner = dom->grid2Geo(-2, -2);
+    EXPECT_NEAR(extra.grid2Geo(0, 0).distance(corner), 0., 1e-9);
+    EXPECT_NEAR(extra.grid2Geo(2, 2).distance(dom->grid2Geo(0, 0)), 0., 1e-9);
+    auto at = [&extra](int i, int j)
+    {
+        double z = 0.;
+        EXPECT_TRUE(extra.get_at(i, j, z));
+        return z;
+    };
+    for (int j = -2; j < 8; ++j)
+        for (int i = -2; i < 10; ++i)
+            EXPECT_DOUBLE_EQ(at(i + 2, j + 2), ZREF + dom->get_topo_extrapolated(true, false, i, j));
+    EXPECT_DOUBLE_EQ(at(5, 4), ZREF + 8.);
 }
 
 TEST(Domain, ErodibilityExtrapolatedAndDryNeighbours)

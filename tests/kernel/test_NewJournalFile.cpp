@@ -201,6 +201,12 @@ TEST(NewJournalFile, BadValuesAndEndOfGlobalChecks)
          "Nothing to export (please use STATS_IT, STATS_AV, SLICE_Z, HISTO_DZ, HISTO_NZ, F2G_DZ, "
          "EXP_WELL or STATS_COND_FILE)"},
         {"F2G_IT = 10\n", "Wrong F2G_DZ value (must be > 0.)"},
+        {"VPC_FILE = vpc.csv\n", "VPC_DZ keyword is missing (VPC_FILE and WELL_VPC_FILE need it)"},
+        {"WELL_VPC_FILE = w.csv\n", "VPC_DZ keyword is missing (VPC_FILE and WELL_VPC_FILE need it)"},
+        {"VPC_DZ = 0\nPM_FILE = pm.csv\n", "Wrong VPC_DZ value (must be > 0.)"},
+        {"VPC_DZ = thin\nPM_FILE = pm.csv\n", "Bad formatted value: thin"},
+        {"PM_FILE = " + missing + "\n", "PM_FILE " + missing + " is not writable"},
+        {"VPC_DZ = 1\nVPC_FILE = " + missing + "\n", "VPC_FILE " + missing + " is not writable"},
     };
     for (const auto& entry : cases)
     {
@@ -227,6 +233,8 @@ TEST(NewJournalFile, BadValuesAndEndOfGlobalChecks)
                                "USER_CLASS_ATT = sand;shale\nF2G_IT = 5\nF2G_FILE = out.f2g\n" +
                                f2g + SEQUENCE));
     EXPECT_TRUE(traced("#  WARNING  # : F2G_FILE keyword is ignored while using F2G_IT."));
+    // A proportion matrix alone is something to export.
+    EXPECT_TRUE(load_batch(sim, dir, "[GLOBAL]\nPM_FILE = pm.csv\n" + std::string(SEQUENCE))) << trace_text();
 }
 
 TEST(NewJournalFile, SequencesAreCheckedAtLoad)
@@ -256,6 +264,8 @@ TEST(NewJournalFile, LaunchCallsTheSimulatorInOrder)
                                     "F2G_DZ = 0.5\nF2G_FACIES = 1\nF2G_AGE = 1\nF2G_ZBOT = -10\n"
                                     "TOPO_FILE = topo.f2g\nSLICE_Z = 2.5\nSTATS_COND_FILE = cond.csv\n"
                                     "HISTO_DZ = 0.5\nHISTO_NZ = 20\nEXP_WELL = 1; 2; ; 8\n"
+                                    "VPC_FILE = vpc.csv\nVPC_DZ = 0.25\nPM_FILE = pm.csv\n"
+                                    "WELL_VPC_FILE = wvpc.csv\n"
                                     "[NEW_SEQ]\nLAUNCH_IT = 10\nCHNL_WIDTH = 60\n"
                                     "[NEW_SEQ]\nLAUNCH_IT = 5\nNEW_TOPO = 4.5\n");
     NewJournalFile file(&sim);
@@ -280,6 +290,9 @@ TEST(NewJournalFile, LaunchCallsTheSimulatorInOrder)
         "saveTopo(" + dir.file("topo.f2g") + ",0,+Y +X +Z)",
         "getSlice(2.5)",
         "saveConditioningStats(" + dir.file("cond.csv") + ")",
+        "saveVerticalProportions(" + dir.file("vpc.csv") + ",0.25)",
+        "saveProportionMatrix(" + dir.file("pm.csv") + ")",
+        "saveWellVerticalProportions(" + dir.file("wvpc.csv") + ",0.25)",
         "getAllWells()",
         "saveHistogram(" + base + "_inw_histo.csv,1,0.5,20)",
         "extractWell(1,2,1e+30,8)",
@@ -486,13 +499,17 @@ TEST(NewJournalFile, FailedExportsStopTheBatch)
     const std::string global =
         "[GLOBAL]\nWELL_FILE = w1.flw\nF2G_DZ = 1\nF2G_FACIES = 1\nTOPO_FILE = topo.f2g\n"
         "SLICE_Z = 1\nSTATS_COND_FILE = c.csv\nHISTO_DZ = 1\nHISTO_NZ = 4\n"
-        "EXP_WELL = 0;0;;\n";
+        "EXP_WELL = 0;0;;\nVPC_DZ = 2\nVPC_FILE = v.csv\nPM_FILE = p.csv\nWELL_VPC_FILE = w.csv\n";
     write_file(dir.file("run.bat"), global + SEQUENCE);
     const std::vector<std::pair<std::string, std::string>> cases = {
         {"saveSimuF2G", "Cannot save the simulation in " + dir.file("run.f2g")},
         {"saveTopo", "Cannot save the topography in " + dir.file("topo.f2g")},
         {"getSlice", "Cannot retrieve the slice"},
         {"saveConditioningStats", "Cannot save conditioning wells statistics in " + dir.file("c.csv")},
+        {"saveVerticalProportions", "Cannot save the vertical proportion curve in " + dir.file("v.csv")},
+        {"saveProportionMatrix", "Cannot save the proportion matrix in " + dir.file("p.csv")},
+        {"saveWellVerticalProportions",
+         "Cannot save the vertical proportion curve of wells in " + dir.file("w.csv")},
         {"saveHistogram", "Cannot save histogram in " + dir.file("run_inw_histo.csv")},
         {"extractWell", "Cannot retrieve the well EXP_WELL0_0"},
         {"run", "Problem with simulator action: run"},

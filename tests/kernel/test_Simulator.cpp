@@ -8,6 +8,7 @@
 #include "kernel/Facies.h"
 #include "kernel/Parameters.h"
 #include "kernel/TimeProcess.h"
+#include "kernel/Topo.h"
 #include "kernel/Tracer.h"
 
 #include <gtest/gtest.h>
@@ -105,6 +106,35 @@ TEST(Simulator, LifecycleStatusCodes)
     EXPECT_EQ(sim->init(false), MP_STATUS_OK);
     EXPECT_TRUE(sim->ready(false));
     EXPECT_EQ(sim->getAge(), 0u);
+}
+
+TEST(Simulator, ExtrapolatedTopographyIsSavedOverTheMargins)
+{
+    auto sim = small_simulator();
+    testing_support::TempDir dir;
+    EXPECT_FALSE(sim->saveExtraTopo(dir.file("extra.f2g"), GRID_FORMAT_F2G, "+Y +X +Z"));
+    ASSERT_EQ(sim->init(false), MP_STATUS_OK);
+    const Domain& domain = *sim->domain();
+    ASSERT_GT(domain.get_mx(), 0);
+    ASSERT_TRUE(sim->saveExtraTopo(dir.file("extra.f2g"), GRID_FORMAT_F2G, "+Y +X +Z"))
+        << sim->getLastMessage();
+    ASSERT_TRUE(sim->saveTopo(dir.file("topo.f2g"), GRID_FORMAT_F2G, "+Y +X +Z"));
+    Topo extra, topo;
+    ASSERT_TRUE(extra.read(dir.file("extra.f2g"))) << extra.getError();
+    ASSERT_TRUE(topo.read(dir.file("topo.f2g")));
+    ASSERT_EQ(extra.getNx(), domain.getNx() + 2 * domain.get_mx());
+    ASSERT_EQ(extra.getNy(), domain.getNy() + 2 * domain.get_my());
+    // Inside the margins the surface is the topography itself.
+    for (int j = 0; j < domain.getNy(); j += 7)
+        for (int i = 0; i < domain.getNx(); i += 9)
+        {
+            double a = 0., b = 0.;
+            ASSERT_TRUE(extra.get_at(i + domain.get_mx(), j + domain.get_my(), a));
+            ASSERT_TRUE(topo.get_at(i, j, b));
+            EXPECT_NEAR(a, b, 1e-6);
+        }
+    EXPECT_FALSE(sim->saveExtraTopo(dir.file("missing/extra.f2g"), GRID_FORMAT_F2G, "+Y +X +Z"));
+    EXPECT_TRUE(contains(sim->getLastMessage(), "Cannot save extrapolated topography into file "));
 }
 
 TEST(Simulator, TimeProcessesAreKeptUnlessTheirParametersChange)

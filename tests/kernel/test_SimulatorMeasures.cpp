@@ -9,6 +9,8 @@
 #include "kernel/DepositionUnit.h"
 #include "kernel/Domain.h"
 #include "kernel/Facies.h"
+#include "kernel/FaciesFamilies.h"
+#include "kernel/FaciesProportions.h"
 #include "kernel/MeanderCalculator.h"
 #include "kernel/Network.h"
 #include "kernel/Parameters.h"
@@ -18,6 +20,7 @@
 
 #include <cmath>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -131,6 +134,138 @@ TEST(SimulatorMeasures, ProportionsAndRatesOfABlockBuiltByHand)
     EXPECT_NEAR(sim->getAggradationRate(), total * 10000. / 200., 1e-6);
 }
 
+// Two layers of known facies over the whole block, and a sand cap on its west half.
+TEST(SimulatorMeasures, ProportionCurvesAndMatrixOfALayeredBlock)
+{
+    auto sim = simulator();
+    FaciesProportions table;
+    EXPECT_FALSE(sim->getProportionMatrix(table));
+    ASSERT_EQ(sim->init(false), 0);
+    Domain& domain = *sim->domain();
+    double zmin = 0., zmax = 0.;
+    domain.min_and_max_elevation_geo(zmin, zmax);
+    ASSERT_EQ(zmin, zmax);
+    domain.deposit_uniform_thickness(2., Facies(PointBar::_fd.id()), 1);
+    domain.deposit_uniform_thickness(3., Facies(Overbank::_fd.id()), 2);
+    const int west = NX / 2;
+    for (int j = 0; j < NY; ++j)
+        for (int i = 0; i < west; ++i)
+            domain.getObject(i, j).deposit_thickness(1., Facies(ChannelLag::_fd.id()), 3,
+                                                     domain.getMassBalance());
+
+    struct Slice
+    {
+        double bottom, top, columns, point_bar, overbank, lag;
+    };
+    const double all = NX * NY;
+    const double half = west * NY;
+    const struct
+    {
+        double dz;
+        std::vector<Slice> slices;
+    } cases[] = {
+        {1.,
+         {{0, 1, all, 1, 0, 0},
+          {1, 2, all, 1, 0, 0},
+          {2, 3, all, 0, 1, 0},
+          {3, 4, all, 0, 1, 0},
+          {4, 5, all, 0, 1, 0},
+          {5, 6, half, 0, 0, 1}}},
+        // Slices across the layer boundaries mix them by thickness.
+        {2.5, {{0, 2.5, all, 0.8, 0.2, 0}, {2.5, 5, all, 0, 1, 0}, {5, 7.5, half, 0, 0, 1}}},
+        {10.,
+         {{0, 10, all, 2. / (5. + half / all), 3. / (5. + half / all), (half / all) / (5. + half / all)}}},
+    };
+    for (const auto& c : cases)
+    {
+        ASSERT_TRUE(sim->getVerticalProportions(c.dz, table));
+        ASSERT_EQ(table.rows(), static_cast<int>(c.slices.size())) << c.dz;
+        for (int k = 0; k < table.rows(); ++k)
+        {
+            const Slice& s = c.slices[static_cast<size_t>(k)];
+            EXPECT_NEAR(table.labels(k)[0], zmin + s.bottom, 1e-9) << c.dz << " " << k;
+            EXPECT_NEAR(table.labels(k)[1], zmin + s.top, 1e-9) << c.dz << " " << k;
+            EXPECT_EQ(table.labels(k)[2], s.columns) << c.dz << " " << k;
+            EXPECT_NEAR(table.share(k, PointBar::_fd.id()), s.point_bar, 1e-9) << c.dz << " " << k;
+            EXPECT_NEAR(table.share(k, Overbank::_fd.id()), s.overbank, 1e-9) << c.dz << " " << k;
+            EXPECT_NEAR(table.share(k, ChannelLag::_fd.id()), s.lag, 1e-9) << c.dz << " " << k;
+            EXPECT_NEAR(table.sand_share(k), s.point_bar + s.lag, 1e-9) << c.dz << " " << k;
+        }
+    }
+    EXPECT_FALSE(sim->getVerticalProportions(0., table));
+
+    // The matrix: one row per node, j slowest, shares over the column.
+    ASSERT_TRUE(sim->getProportionMatrix(table));
+    ASSERT_EQ(table.rows(), NX * NY);
+    for (const auto& node : {std::make_pair(0, 0), std::make_pair(west, 3), std::make_pair(NX - 1, NY - 1)})
+    {
+        const int row = node.second * NX + node.first;
+        const bool capped = node.first < west;
+        EXPECT_EQ(table.labels(row)[0], node.first);
+        EXPECT_EQ(table.labels(row)[1], node.second);
+        EXPECT_NEAR(table.labels(row)[2], domain.grid2Geo(node.first, node.second).get_abscissa(), 1e-9);
+        EXPECT_NEAR(table.thickness(row), capped ? 6. : 5., 1e-9);
+        EXPECT_NEAR(table.sand_share(row), capped ? 0.5 : 0.4, 1e-9);
+        EXPECT_NEAR(table.share(row, Overbank::_fd.id()), capped ? 0.5 : 0.6, 1e-9);
+    }
+
+    // The files: a header line, then one line per row.
+    testing_support::TempDir dir;
+    ASSERT_TRUE(sim->saveVerticalProportions(dir.file("vpc.csv"), 2.5));
+    const std::vector<std::string> lines =
+        testing_support::lines_of(testing_support::read_file(dir.file("vpc.csv")));
+    ASSERT_EQ(lines.size(), 4u);
+    EXPECT_EQ(lines[0],
+              "z_bottom;z_top;nb_columns;thickness;prop_sand;prop_UD;prop_CL;prop_PB;prop_SP;prop_CSI;"
+              "prop_CCh;prop_CSII;prop_LV;prop_OB;prop_MP;prop_HP;prop_WL;prop_DR;prop_PL");
+    std::ostringstream first;
+    first << zmin << ";" << zmin + 2.5 << ";" << NX * NY << ";" << 2.5 * NX * NY
+          << ";0.8;0;0;0.8;0;0;0;0;0;0.2;0;0;0;0;0";
+    EXPECT_EQ(lines[1], first.str());
+    ASSERT_TRUE(sim->saveProportionMatrix(dir.file("pm.csv")));
+    const std::vector<std::string> rows =
+        testing_support::lines_of(testing_support::read_file(dir.file("pm.csv")));
+    ASSERT_EQ(rows.size(), static_cast<size_t>(NX * NY + 1));
+    EXPECT_EQ(rows[0].substr(0, 30), "i;j;x;y;thickness;prop_sand;pr");
+
+    // Without wells their curve is the header alone; an unwritable file is refused with its name.
+    sim->getTracer()->setTraceFunction(capture);
+    g_trace.clear();
+    EXPECT_TRUE(sim->saveWellVerticalProportions(dir.file("wells.csv"), 1.));
+    EXPECT_EQ(testing_support::read_file(dir.file("wells.csv")), lines[0] + "\n");
+    EXPECT_NE(g_trace.find("No conditioning well: the vertical proportion curve in " + dir.file("wells.csv") +
+                           " is empty"),
+              std::string::npos);
+    EXPECT_FALSE(sim->saveProportionMatrix(dir.file("none/pm.csv")));
+    EXPECT_EQ(sim->getLastMessage(), "Cannot open proportion file " + dir.file("none/pm.csv"));
+}
+
+// Logs at different elevations: each slice counts the logs it crosses.
+TEST(SimulatorMeasures, VerticalProportionCurveOfLogs)
+{
+    Core a(0., 0., 13., "A");
+    a.add(Overbank::_fd.id(), 1.);
+    a.add(PointBar::_fd.id(), 2.);
+    Core b(50., 0., 12., "B");
+    b.add(ChannelLag::_fd.id(), 1.);
+    CoreList logs;
+    logs.add(a);
+    logs.add(b);
+    const FaciesProportions curve = FaciesProportions::vertical_curve(logs, 1.);
+    ASSERT_EQ(curve.rows(), 3);
+    EXPECT_EQ(curve.labels(0), (std::vector<double>{10., 11., 1.}));
+    EXPECT_EQ(curve.labels(1), (std::vector<double>{11., 12., 2.}));
+    EXPECT_EQ(curve.labels(2), (std::vector<double>{12., 13., 1.}));
+    EXPECT_DOUBLE_EQ(curve.share(0, PointBar::_fd.id()), 1.);
+    EXPECT_DOUBLE_EQ(curve.share(1, PointBar::_fd.id()), 0.5);
+    EXPECT_DOUBLE_EQ(curve.share(1, ChannelLag::_fd.id()), 0.5);
+    EXPECT_DOUBLE_EQ(curve.thickness(1), 2.);
+    EXPECT_DOUBLE_EQ(curve.share(2, Overbank::_fd.id()), 1.);
+    // A top on a slice border opens no slice; no log, no slice.
+    EXPECT_EQ(FaciesProportions::vertical_curve(logs, 1.5).rows(), 2);
+    EXPECT_EQ(FaciesProportions::vertical_curve(CoreList(), 1.).rows(), 0);
+}
+
 TEST(SimulatorMeasures, IsbxFollowsTheBeltOfTheChannelLife)
 {
     auto sim = simulator();
@@ -171,7 +306,19 @@ TEST(SimulatorMeasures, CutoffCountsAndIsbxHistory)
     auto sim = simulator();
     EXPECT_EQ(sim->getNbCutoff(), 0u);
     EXPECT_EQ(sim->getMeanNbCutoff(), MP_UNDEF_REAL);
+    // Only the forecast is told before the model exists, then the record of the first cutoff.
+    std::ostringstream tau;
+    tau << sim->getMeanderCalculator()->default_tau_cut();
+    const std::string forecast = "Forecast First Cutoff Abstract Time: " + tau.str() + "\n";
+    EXPECT_EQ(sim->getTauCutStats(), forecast);
     ASSERT_EQ(sim->init(false), 0);
+    EXPECT_EQ(sim->getTauCutStats(), forecast + "No meander cutoff yet\n");
+    sim->network()->set_first_cutoff(120, 0.5, 1.25, 1.5, 1.75, 400., 90.);
+    EXPECT_EQ(sim->getTauCutStats(),
+              forecast + "First Cutoff Iteration: 120\nFirst Cutoff Abstract Time: 0.5\n"
+                         "Sinuosity at First Cutoff: 1.25\nAllen Sinuosity at First Cutoff: 1.5\n"
+                         "Tortuosity at First Cutoff: 1.75\nWavelength at First Cutoff (m): 400\n"
+                         "Sand Bodies Extension at First Cutoff: 90\n");
     sim->network()->set_counters(2, 1, 2, 0, 9);
     EXPECT_EQ(sim->getNbCutoff(), 9u);
     // Three channel lives for two avulsions.

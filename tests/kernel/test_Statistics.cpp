@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+using testing_support::lines_of;
 using testing_support::read_file;
 using testing_support::TempDir;
 
@@ -20,16 +21,6 @@ namespace
 {
 
 void silent(const char*, TraceLevel) {}
-
-std::vector<std::string> lines_of(const std::string& text)
-{
-    std::vector<std::string> lines;
-    std::istringstream in(text);
-    std::string line;
-    while (std::getline(in, line))
-        lines.push_back(line);
-    return lines;
-}
 
 std::vector<std::string> fields_of(const std::string& line)
 {

@@ -380,6 +380,21 @@ public:
     {
         return record("saveConditioningStats", path);
     }
+    bool getVerticalProportions(double, FaciesProportions&) const override { return false; }
+    bool getProportionMatrix(FaciesProportions&) const override { return false; }
+    bool getWellVerticalProportions(double, FaciesProportions&) const override { return false; }
+    bool saveVerticalProportions(const std::string& path, double dz) override
+    {
+        return record("saveVerticalProportions", path + "," + num(dz));
+    }
+    bool saveProportionMatrix(const std::string& path) override
+    {
+        return record("saveProportionMatrix", path);
+    }
+    bool saveWellVerticalProportions(const std::string& path, double dz) override
+    {
+        return record("saveWellVerticalProportions", path + "," + num(dz));
+    }
     bool applyNexus(const std::vector<double>& nexus, bool adaptGrid, std::string& message) override
     {
         nexusGiven = nexus;

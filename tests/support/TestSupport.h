@@ -54,6 +54,17 @@ inline std::string read_file(const std::string& path)
     return s.str();
 }
 
+// The lines of a text, without their ends.
+inline std::vector<std::string> lines_of(const std::string& text)
+{
+    std::vector<std::string> lines;
+    std::istringstream in(text);
+    std::string line;
+    while (std::getline(in, line))
+        lines.push_back(line);
+    return lines;
+}
+
 // Runs `statement` and returns the text of the kernel assertion it threw,
 // or "" when it threw nothing.
 template <typename F> std::string assertion_text(F&& statement)
