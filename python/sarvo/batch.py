@@ -45,6 +45,8 @@ def batch_outputs(path):
     """The outputs the batch file asks for: {keyword: [absolute paths]} (VTK without its final suffix)."""
     directory = os.path.dirname(os.path.abspath(path))
     outputs = {}
+    if not os.path.isfile(path):
+        return outputs
     for key, value in _global_lines(path):
         if key in OUTPUT_KEYWORDS:
             outputs.setdefault(key, []).append(os.path.normpath(os.path.join(directory, value)))

@@ -114,7 +114,7 @@ def read_flw(path):
 
 
 def read_stats(path):
-    """A statistics file (semicolon-separated, one header line) as {column: array}."""
+    """A statistics file (semicolon-separated, one header line) as {column: array}; 1e30 reads as NaN."""
     with open(path) as stream:
         names = [name.strip() for name in stream.readline().rstrip("\n").split(";")]
         rows = [line.rstrip("\n").split(";") for line in stream if line.strip()]
@@ -124,7 +124,10 @@ def read_stats(path):
             continue
         cells = [row[k].strip() if k < len(row) else "" for row in rows]
         try:
-            columns[name] = np.array([float(c) if c else np.nan for c in cells])
+            values = np.array([float(c) if c else np.nan for c in cells])
+            # 1e30 marks a measure with no sample yet.
+            values[values >= 1e30] = np.nan
+            columns[name] = values
         except ValueError:
             columns[name] = np.array(cells)
     return columns
