@@ -14,7 +14,7 @@ The batch file stays the way to describe a run: ``sarvo.run_batch(path)``.
 from ._sarvo import Simulator, facies_names, read_well
 from .readers import read_f2g, read_gslib, read_flw, read_stats
 from .batch import run_batch, batch_outputs
-from .ensemble import ensemble
+from .ensemble import ensemble, seed_batch
 
 STATUS_TEXT = {
     0: "ok",
@@ -39,5 +39,6 @@ __all__ = [
     "run_batch",
     "batch_outputs",
     "ensemble",
+    "seed_batch",
     "STATUS_TEXT",
 ]
