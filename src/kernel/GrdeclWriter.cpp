@@ -3,6 +3,7 @@
 #include "kernel/Facies.h"
 #include "kernel/RegularBlock.h"
 
+#include <cstdio>
 #include <fstream>
 #include <functional>
 #include <sstream>
@@ -47,12 +48,14 @@ private:
     {
         if (_count == 0)
             return;
-        std::ostringstream token;
-        token.precision(_precision);
+        // printf's %g is the stream's default notation at this precision.
+        char token[64];
+        int length = 0;
         if (_count > 1)
-            token << _count << "*";
-        token << _value;
-        _out << " " << token.str();
+            length = std::snprintf(token, sizeof(token), " %zu*%.*g", _count, _precision, _value);
+        else
+            length = std::snprintf(token, sizeof(token), " %.*g", _precision, _value);
+        _out.write(token, length);
         if (++_onLine == MP_GRDECL_PER_LINE)
         {
             _out << "\n";
