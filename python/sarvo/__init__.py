@@ -16,6 +16,17 @@ from .readers import read_f2g, read_gslib, read_flw, read_stats
 from .batch import run_batch, batch_outputs
 from .ensemble import ensemble, seed_batch
 
+
+
+def _statistics(self):
+    """The statistics recorded so far (see `record_statistics`) as {column: array}."""
+    if not self.statistics_file:
+        raise RuntimeError("No statistics recorded: call record_statistics before init")
+    return read_stats(self.statistics_file)
+
+
+Simulator.statistics = _statistics
+
 STATUS_TEXT = {
     0: "ok",
     1: "failure",

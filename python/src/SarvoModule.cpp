@@ -30,6 +30,8 @@ namespace
 {
 constexpr double MP_NAN = std::numeric_limits<double>::quiet_NaN();
 constexpr int MP_FAMILIES = 16;
+// The program's tier when the command line asks for no lower one.
+constexpr int MP_TIER_RESEARCH = 2;
 
 // A value from Python as text, for messages.
 std::string parameter_text(const py::handle& value)
@@ -68,7 +70,10 @@ py::dict geometry_dict(const GridParams& g)
 class PySimulator
 {
 public:
-    PySimulator() : _sim(iSimulator::createSimulator()) {}
+    PySimulator() : _sim(iSimulator::createSimulator())
+    {
+        _sim->getParameters()->setUsingDistrib(MP_TIER_RESEARCH);
+    }
     ~PySimulator() { iSimulator::deleteSimulator(_sim); }
     PySimulator(const PySimulator&) = delete;
     PySimulator& operator=(const PySimulator&) = delete;
@@ -118,6 +123,19 @@ public:
     std::string last_message() const { return _sim->getLastMessage(); }
     unsigned int age() const { return _sim->getAge(); }
     void set_trace_level(int level) { _sim->getTracer()->setTraceLevel(level); }
+    // As STATS_FILE and STATS_IT (and STATS_PROPS) of a batch file: call before `init`.
+    void record_statistics(const std::string& path, unsigned int every, bool proportions)
+    {
+        if (every == 0)
+            throw py::value_error("The statistics interval must be positive");
+        iTracer* tracer = _sim->getTracer();
+        tracer->setGenerateStatsIteration(true);
+        tracer->setGenerateStatsProps(proportions);
+        tracer->setStatsFile(path);
+        tracer->setStatsInterval(every);
+        _statistics = path;
+    }
+    const std::string& statistics_file() const { return _statistics; }
 
     const iDomain& domain() const
     {
@@ -213,6 +231,7 @@ public:
 private:
     iSimulator* _sim;
     int _status = MP_STATUS_OK;
+    std::string _statistics;
 };
 
 // An FLW (or LAS) log as arrays, top sample first.
@@ -276,6 +295,9 @@ PYBIND11_MODULE(_sarvo, m)
         .def_property_readonly("last_message", &PySimulator::last_message)
         .def_property_readonly("age", &PySimulator::age)
         .def("set_trace_level", &PySimulator::set_trace_level, py::arg("level"))
+        .def("record_statistics", &PySimulator::record_statistics, py::arg("path"), py::arg("every"),
+             py::arg("proportions") = false)
+        .def_property_readonly("statistics_file", &PySimulator::statistics_file)
         .def("block", &PySimulator::block, py::arg("dz"), py::arg("zmin") = py::none(),
              py::arg("zmax") = py::none())
         .def("topography", &PySimulator::topography, py::arg("with_water") = false)

@@ -67,9 +67,27 @@ def test_readers_agree_with_the_block(simulated, program_run):
         k = np.arange(mine["facies"].shape[2])
         inside = (z0 + k * 0.5 > base + 0.01) & (z0 + k * 0.5 < top - 0.01)
         assert np.all(mine["facies"][20, 15, inside] == family)
-    stats = sarvo.read_stats(output(program_run("rotated"), "stats.csv"))
+
+
+def test_statistics_recorded_as_the_batch_does(program_run, tmp_path):
+    directory = program_run("rotated")
+    sim = sarvo.Simulator()
+    sim.set_trace_level(2)
+    rotated = {"DOMAIN_GRID_DIR": 30, "DOMAIN_OX": 451000, "DOMAIN_OY": 6780000, "DOMAIN_ZREF": -1500}
+    for name, value in dict(SMALL, **rotated).items():
+        sim.set(name, value)
+    sim.record_statistics(str(tmp_path / "stats.csv"), 50)
+    assert sim.init() == 0
+    sim.check_consistency()
+    assert (sim.new_sequence(), sim.run(300), sim.end_sequence()) == (0, 0, 0)
+    with open(output(directory, "stats.csv")) as theirs, open(tmp_path / "stats.csv") as mine:
+        assert mine.read() == theirs.read()
+    stats = sim.statistics()
     np.testing.assert_array_equal(stats["Time"], np.arange(50, 301, 50))
-    assert np.all(np.isfinite(stats["Obsv_Sand_prop"])) and np.isnan(stats["Obsv_Kmig"][0])
+    assert stats["Obsv_Sand_prop"][-1] == pytest.approx(sim.measures()["sand_proportion"], rel=1e-9)
+    assert np.isnan(stats["Obsv_Kmig"][0]), "1e30 reads as NaN"
+    block = sarvo.read_f2g(output(directory, "block.f2g"))["variables"]
+    np.testing.assert_array_equal(sim.block(0.5)["age"], block["Age"])
 
 
 def test_grid_readers_follow_the_order_and_undefined_text(tmp_path):
