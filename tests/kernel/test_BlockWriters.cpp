@@ -3,6 +3,7 @@
 // file names, the counts behind the corner-point keywords and the refusals.
 
 #include "kernel/GrdeclWriter.h"
+#include "kernel/GridReal.h"
 #include "kernel/RegularBlock.h"
 #include "kernel/VtkWriter.h"
 
@@ -117,4 +118,10 @@ TEST(BlockWriters, FileNamesCountsAndRefusals)
     EXPECT_EQ(values["PERMZ"][11], GrdeclWriter::default_rocks()[2].kv) << "point bar at the bottom";
     EXPECT_EQ(values["AGE"][5], -1.);
     EXPECT_EQ(values["FACIES"][0], 8.);
+
+    // An export only: the grid reader still refuses the format.
+    GridReal grid;
+    EXPECT_EQ(GridReal::get_format(dir.file("b.grdecl")), GRID_FORMAT_GRDECL);
+    EXPECT_FALSE(grid.read(dir.file("b.grdecl")));
+    EXPECT_EQ(grid.getError(), "GRDECL grid format is not supported while reading files!");
 }
