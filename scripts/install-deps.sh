@@ -4,6 +4,16 @@
 set -euo pipefail
 
 packages=(g++ cmake ninja-build pkg-config clang-format libgtest-dev libgmock-dev libbenchmark-dev libpng-dev)
+# zlib compresses the VTK export of the block.
+packages+=(zlib1g-dev)
+# The Python package and its tests, in Debian's own interpreter: pybind11 and
+# numpy to build it, pytest, VTK's and OPM's readers for the exports, Dask for
+# ensembles, and a virtual display to render pictures with VTK.
+# SARVO_PYTHON=OFF skips them.
+if [ "${SARVO_PYTHON:-ON}" != "OFF" ]; then
+  packages+=(python3 pybind11-dev python3-numpy python3-pytest python3-vtk9 python3-opm-common
+             python3-distributed xvfb xauth)
+fi
 if [ "${SARVO_GUI:-ON}" != "OFF" ]; then
   packages+=(libwxgtk3.2-dev libgl1-mesa-dev libglu1-mesa-dev freeglut3-dev)
 fi

@@ -26,6 +26,7 @@ class CoreList;
 class UserClassList;
 class FaciesProportions;
 class iImageWriter;
+class RegularBlock;
 
 // Results of the run operations. Code 4 is produced by no operation.
 constexpr int MP_STATUS_OK = 0;
@@ -204,6 +205,9 @@ public:
     // block's own), written as F2G with the chosen variables.
     virtual bool saveSimuF2G(const std::string& path, double dz, bool facies, bool grain, bool age,
                              double zmin, double zmax, const std::string& order) = 0;
+    // The same sampling as `saveSimuF2G` over the whole domain, for the other
+    // exporters and the scripting bridge.
+    virtual bool getRegularBlock(double dz, double zmin, double zmax, RegularBlock& block) const = 0;
     // The facies family of every node at geographic elevation z, i fastest,
     // 1e30 where nothing was deposited.
     virtual bool getSlice(double z, std::vector<double>& values) const = 0;

@@ -30,6 +30,7 @@ class MassBalance;
 class MeanderCalculator;
 class SeedGenerator;
 class TectoMap;
+class RegularBlock;
 class Topo;
 
 class Domain : public Grid2D<DepositionSet>, public iDomain
@@ -269,6 +270,10 @@ public:
     bool to_core(int i, int j, class Core& core, double zmin, double zmax) const;
     bool vcollections(class CoreList& list, int imin, int imax, int jmin, int jmax, double zmin,
                       double zmax) const;
+    // The columns of a range sampled every dz between geographic zmin and zmax
+    // (1e30: the block's own); false with the reason traced.
+    bool getRegularBlock(int imin, int imax, int jmin, int jmax, double dz, double zmin, double zmax,
+                         RegularBlock& block) const;
     // The block sampled every dz (1e30 limits: the block's own) as one 3D grid
     // with the chosen variables; void samples are written as `undefined`.
     bool save_simu(const std::string& file, int format, double dz, int imin, int imax, int jmin, int jmax,

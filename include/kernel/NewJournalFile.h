@@ -98,12 +98,15 @@ private:
     bool read_stats_keyword(const std::string& key, const std::string& value, bool& known);
     bool read_input_keyword(const std::string& key, const std::string& value, bool& known);
     bool read_extracted_well(const std::string& value, const std::string& line);
+    // VTK_FILE, GRDECL_FILE and GRDECL_PROPS.
+    bool read_export_keyword(const std::string& key, const std::string& value, bool& known);
     bool allowed(const std::string& key, Gate gate) const;
     bool bad_value(const std::string& value);
     bool check_global();
     bool check_inputs();
     bool check_outputs();
     bool check_exports();
+    bool check_block_exports();
     bool check_writable(const std::string& path, const std::string& what);
     bool check_readable(const std::string& path, const std::string& what);
 
@@ -121,6 +124,8 @@ private:
     bool save_slices();
     bool save_conditioning_stats();
     bool save_previews();
+    // The block for 3D viewers (VTK) and flow simulators (GRDECL).
+    bool save_block_exports();
     bool save_histogram(const std::string& path, const CoreList& cores);
     bool extract_wells(CoreList& cores);
     std::string input_histogram_file() const;
@@ -180,4 +185,10 @@ private:
     std::string _pngDir;
     // Proportion curves and matrix written at the end of the batch.
     ProportionExports _proportions;
+    // The block for 3D viewers, its suffix set by the dataset written.
+    std::string _vtkFile;
+    // The block as a corner-point grid, with rock properties by facies family
+    // (family, porosity, horizontal and vertical permeabilities) over the defaults.
+    std::string _grdeclFile;
+    std::vector<std::vector<double>> _grdeclProps;
 };

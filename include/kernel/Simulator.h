@@ -172,6 +172,7 @@ public:
     // --- Exports and inference
     bool saveSimuF2G(const std::string& path, double dz, bool facies, bool grain, bool age, double zmin,
                      double zmax, const std::string& order) override;
+    bool getRegularBlock(double dz, double zmin, double zmax, RegularBlock& block) const override;
     bool getSlice(double z, std::vector<double>& values) const override;
     bool saveConditioningStats(const std::string& path) override;
     bool getVerticalProportions(double dz, FaciesProportions& curve) const override;

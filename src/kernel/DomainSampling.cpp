@@ -6,6 +6,7 @@
 #include "kernel/CoreList.h"
 #include "kernel/Domain.h"
 #include "kernel/GridReal.h"
+#include "kernel/RegularBlock.h"
 
 #include <algorithm>
 #include <cmath>
@@ -263,9 +264,8 @@ bool Domain::vcollections(CoreList& list, int imin, int imax, int jmin, int jmax
 // ---------------------------------------------------------------------------
 // Export
 
-bool Domain::save_simu(const std::string& file, int format, double dz, int imin, int imax, int jmin, int jmax,
-                       bool facies, bool grain, bool age, double zmin, double zmax, const std::string& order,
-                       const std::string& undefined) const
+bool Domain::getRegularBlock(int imin, int imax, int jmin, int jmax, double dz, double zmin, double zmax,
+                             RegularBlock& block) const
 {
     if (dz <= 0.)
     {
@@ -289,12 +289,12 @@ bool Domain::save_simu(const std::string& file, int format, double dz, int imin,
         return false;
     }
     int nz = static_cast<int>(std::round((zmax - zmin + dz / 2.) / dz));
-    std::vector<unsigned char> vfacies;
-    std::vector<uint32_t> vage;
-    std::vector<double> vgrain;
+    block.facies.clear();
+    block.age.clear();
+    block.grain.clear();
     try
     {
-        if (!getRegular(imin, imax, jmin, jmax, dz, &vfacies, &vage, &vgrain, &zmin, &nz))
+        if (!getRegular(imin, imax, jmin, jmax, dz, &block.facies, &block.age, &block.grain, &zmin, &nz))
         {
             error("Error in saveSimu!");
             return false;
@@ -305,12 +305,24 @@ bool Domain::save_simu(const std::string& file, int format, double dz, int imin,
         error("Error in saveSimu!\n" + reason);
         return false;
     }
-    const int nx = imax - imin + 1;
-    const int ny = jmax - jmin + 1;
-    const int nv = nx * ny * nz;
-    GridParams geometry(_dx, _dy, dz, nx, ny, nz, imin, jmin, zmin);
-    geometry.setLocation(getLocation());
-    geometry.setRotation(getRotation());
+    block.geometry = GridParams(_dx, _dy, dz, imax - imin + 1, jmax - jmin + 1, nz, imin, jmin, zmin);
+    block.geometry.setLocation(getLocation());
+    block.geometry.setRotation(getRotation());
+    return true;
+}
+
+bool Domain::save_simu(const std::string& file, int format, double dz, int imin, int imax, int jmin, int jmax,
+                       bool facies, bool grain, bool age, double zmin, double zmax, const std::string& order,
+                       const std::string& undefined) const
+{
+    RegularBlock block;
+    if (!getRegularBlock(imin, imax, jmin, jmax, dz, zmin, zmax, block))
+        return false;
+    const std::vector<unsigned char>& vfacies = block.facies;
+    const std::vector<uint32_t>& vage = block.age;
+    const std::vector<double>& vgrain = block.grain;
+    const int nv = block.nx() * block.ny() * block.nz();
+    const GridParams& geometry = block.geometry;
 
     std::vector<GridReal> grids;
     grids.reserve(3);

@@ -92,6 +92,9 @@ void NewJournalFile::reset()
     _histoNz = MP_UNDEF_INT;
     _extractedWells.clear();
     _pngDir.clear();
+    _vtkFile.clear();
+    _grdeclFile.clear();
+    _grdeclProps.clear();
 }
 
 // ---------------------------------------------------------------------------
@@ -380,6 +383,11 @@ bool NewJournalFile::read_keyword(const std::string& key, const std::string& val
     {
         known = true;
         ok = read_stats_keyword(key, value, known);
+    }
+    if (!known)
+    {
+        known = true;
+        ok = read_export_keyword(key, value, known);
     }
     if (known && key == "EXP_WELL")
         ok = read_extracted_well(value, line);
@@ -696,7 +704,7 @@ bool NewJournalFile::check_global()
 {
     const bool inputs = check_inputs();
     const bool outputs = inputs && check_outputs();
-    const bool exports = outputs && check_exports();
+    const bool exports = outputs && check_block_exports() && check_exports();
     return exports;
 }
 
@@ -1056,6 +1064,8 @@ bool NewJournalFile::exportSimuF2G(bool byAge)
 bool NewJournalFile::save_outputs()
 {
     if (is_set(_f2gDz) && !exportSimuF2G(is_set(_f2gIt)))
+        return false;
+    if (!save_block_exports())
         return false;
     if (!save_topography() || !save_slices() || !save_conditioning_stats())
         return false;

@@ -13,6 +13,7 @@
 #include "kernel/EMap.h"
 #include "kernel/Network.h"
 #include "kernel/Parameters.h"
+#include "kernel/RegularBlock.h"
 #include "kernel/TectoMap.h"
 #include "kernel/Tracer.h"
 
@@ -507,6 +508,23 @@ bool Simulator::saveSimuF2G(const std::string& path, double dz, bool facies, boo
     catch (const std::string& text)
     {
         return fail("Simulator::saveSimuF2G : " + text, false);
+    }
+}
+
+bool Simulator::getRegularBlock(double dz, double zmin, double zmax, RegularBlock& block) const
+{
+    if (!ready(true))
+        return false;
+    try
+    {
+        if (!_domain->getRegularBlock(0, _domain->getNx() - 1, 0, _domain->getNy() - 1, dz, zmin, zmax,
+                                      block))
+            return fail("Cannot sample the block", false);
+        return true;
+    }
+    catch (const std::string& text)
+    {
+        return fail("Simulator::getRegularBlock : " + text, false);
     }
 }
 

@@ -370,6 +370,11 @@ public:
         return record("saveSimuF2G", path + "," + num(dz) + "," + (facies ? "F" : "-") + (grain ? "G" : "-") +
                                          (age ? "A" : "-") + "," + num(zmin) + "," + num(zmax) + "," + order);
     }
+    bool getRegularBlock(double dz, double, double, RegularBlock&) const override
+    {
+        calls.push_back("getRegularBlock(" + num(dz) + ")");
+        return false;
+    }
     bool getSlice(double z, std::vector<double>& values) const override
     {
         calls.push_back("getSlice(" + num(z) + ")");
