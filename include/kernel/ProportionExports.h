@@ -8,6 +8,7 @@
 
 #include <string>
 
+class BatchPaths;
 class iSimulator;
 
 class ProportionExports
@@ -20,6 +21,8 @@ public:
     // The step is given when a curve is asked for, and every file can be written.
     bool check(std::string& error) const;
     bool any() const { return !_vpcFile.empty() || !_pmFile.empty() || !_wellVpcFile.empty(); }
+    // Names the files asked for to the batch's check of collisions.
+    void listPaths(BatchPaths& paths) const;
     // Writes what was asked for, tracing each file; false at the first failure.
     bool save(iSimulator& simulator) const;
 

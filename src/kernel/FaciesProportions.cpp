@@ -1,4 +1,5 @@
 #include "kernel/FaciesProportions.h"
+#include "kernel/StagedFile.h"
 
 #include "kernel/Constants.h"
 #include "kernel/Core.h"
@@ -121,7 +122,8 @@ double FaciesProportions::sand_share(int row) const
 
 bool FaciesProportions::write(const std::string& path, std::string& error) const
 {
-    std::ofstream out(path);
+    StagedFile staged(path);
+    std::ofstream out(staged.path());
     if (!out)
     {
         error = "Cannot open proportion file " + path;
@@ -142,7 +144,8 @@ bool FaciesProportions::write(const std::string& path, std::string& error) const
             out << ";" << share(r, static_cast<unsigned char>(f));
         out << "\n";
     }
-    if (!out)
+    out.close();
+    if (!out || !staged.commit())
     {
         error = "Cannot write proportion file " + path;
         return false;

@@ -1,4 +1,5 @@
 #include "kernel/GrdeclWriter.h"
+#include "kernel/StagedFile.h"
 
 #include "kernel/Facies.h"
 #include "kernel/RegularBlock.h"
@@ -186,14 +187,16 @@ std::string GrdeclWriter::property_keywords() const
 bool GrdeclWriter::write(const std::string& path)
 {
     _error.clear();
-    std::ofstream file(path);
+    StagedFile staged(path);
+    std::ofstream file(staged.path());
     if (!file)
     {
         _error = "Cannot write GRDECL file " + path;
         return false;
     }
     file << grid_keywords() << property_keywords();
-    if (!file.good())
+    file.close();
+    if (!file.good() || !staged.commit())
     {
         _error = "Cannot write GRDECL file " + path;
         return false;

@@ -9,6 +9,7 @@
 #include "interface/iTracer.h"
 #include "kernel/BatchPaths.h"
 
+#include <filesystem>
 #include <sstream>
 
 namespace
@@ -62,6 +63,16 @@ void NewJournalFile::listPaths(BatchPaths& paths) const
         paths.output("PNG_DIR", dir + "section_x.png");
         paths.output("PNG_DIR", dir + "section_y.png");
     }
+    _proportions.listPaths(paths);
+    // The VTK suffix follows the grid's rotation, known only once the model is
+    // built: both names are kept clear.
+    if (!_vtkFile.empty())
+    {
+        std::filesystem::path name(_vtkFile);
+        paths.output("VTK_FILE", name.replace_extension(".vti").string());
+        paths.output("VTK_FILE", name.replace_extension(".vts").string());
+    }
+    paths.output("GRDECL_FILE", _grdeclFile);
     for (const NewJournalSequence& sequence : _sequences)
         sequence.listPaths(paths);
 }

@@ -2,6 +2,7 @@
 
 #include "interface/iSimulator.h"
 #include "interface/iTracer.h"
+#include "kernel/BatchPaths.h"
 #include "kernel/NewJournalFile.h"
 
 #include <utility>
@@ -83,4 +84,11 @@ bool ProportionExports::save(iSimulator& simulator) const
                     [&] { return simulator.saveProportionMatrix(_pmFile); }) &&
            save_one(simulator, "the vertical proportion curve of wells", _wellVpcFile,
                     [&] { return simulator.saveWellVerticalProportions(_wellVpcFile, _dz); });
+}
+
+void ProportionExports::listPaths(BatchPaths& paths) const
+{
+    paths.output("VPC_FILE", _vpcFile);
+    paths.output("PM_FILE", _pmFile);
+    paths.output("WELL_VPC_FILE", _wellVpcFile);
 }

@@ -1,4 +1,5 @@
 #include "kernel/VtkWriter.h"
+#include "kernel/StagedFile.h"
 
 #include "kernel/Facies.h"
 #include "kernel/RegularBlock.h"
@@ -202,7 +203,8 @@ bool VtkWriter::write(const std::string& path)
         _error = "Cannot compress the block for VTK file " + path;
         return false;
     }
-    std::ofstream file(path, std::ios::binary);
+    StagedFile staged(path);
+    std::ofstream file(staged.path(), std::ios::binary);
     if (!file)
     {
         _error = "Cannot write VTK file " + path;
@@ -211,7 +213,8 @@ bool VtkWriter::write(const std::string& path)
     const char* kind = is_structured() ? "StructuredGrid" : "ImageData";
     file << header() << arrays << "    </Piece>\n  </" << kind << ">\n"
          << "  <AppendedData encoding=\"raw\">\n   _" << data << "\n  </AppendedData>\n</VTKFile>\n";
-    if (!file.good())
+    file.close();
+    if (!file.good() || !staged.commit())
     {
         _error = "Cannot write VTK file " + path;
         return false;

@@ -248,6 +248,24 @@ bool Project::load_iteration(const std::string& dir)
 std::string Project::load_failure_message() const
 {
     const std::string& reason = _simulator->getLastMessage();
+    // A file refused by its checksum is told by the file it is.
+    if (mentions(reason, "Snapshot file"))
+    {
+        if (mentions(reason, "/simu.dat"))
+            return std::string("Error: The format of the binary simulation file is not correct.\n") + LOOK;
+        if (mentions(reason, "/dyparams.txt"))
+            return std::string("Error: The format of the Dynamic Parameters file is not correct.\n") + LOOK;
+        if (mentions(reason, "/emap.txt"))
+            return std::string("Error: Problem when reading the erodibility map file.\n") + LOOK;
+        if (mentions(reason, "/centerline.txt"))
+            return std::string(
+                       "Error: Input centerline file has a bad format or centerline is too short.\n") +
+                   LOOK;
+        if (mentions(reason, ".dat"))
+            return std::string("Error: The format of the binary well file is not correct or binary file is "
+                               "absent.\n") +
+                   LOOK;
+    }
     if (mentions(reason, "dynamic parameters") || mentions(reason, "seeder") ||
         mentions(reason, "distribution"))
         return std::string("Error: The format of the Dynamic Parameters file is not correct.\n") + LOOK;
