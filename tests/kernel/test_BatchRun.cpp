@@ -316,6 +316,12 @@ TEST(BatchRun, NoBatchWritesOverAFileOfTheUser)
          "F2G_IT and TOPO_FILE would both write the file " + d + "/run_it10.f2g"},
         {"[GLOBAL]\n" + f2g + "F2G_FILE = results/simu.dat\n" + seq + "SNAP_LOAD_DIR = results\n",
          "F2G_FILE " + d + "/results/simu.dat would overwrite the input SNAP_LOAD_DIR of sequence #1"},
+        {"[GLOBAL]\n" + f2g + "GRDECL_FILE = topo_in.f2g\n" + topo_seq,
+         "GRDECL_FILE " + d + "/topo_in.f2g would overwrite the input NEW_TOPO of sequence #1"},
+        {"[GLOBAL]\n" + f2g + "F2G_FILE = b.vti\nVTK_FILE = b.f2g\n" + seq,
+         "F2G_FILE and VTK_FILE would both write the file " + d + "/b.vti"},
+        {"[GLOBAL]\n" + f2g + "F2G_FILE = b.f2g\nPM_FILE = b.f2g\n" + seq,
+         "F2G_FILE and PM_FILE would both write the file " + d + "/b.f2g"},
         {"[GLOBAL]\n" + f2g + "F2G_FILE = b.f2g\n" + seq + "SNAP_SAVE_DIR = snap\n" + topo_seq +
              "SNAP_LOAD_DIR = snap\n" + "SNAP_SAVE_DIR = topo_in.f2g\n",
          "SNAP_SAVE_DIR of sequence #2: " + d + "/topo_in.f2g is a file, not a folder"},
