@@ -54,8 +54,10 @@ public:
     // The grid a registry builds.
     static GridParams gridOf(const iParameters& registry);
     // Why the surface file cannot be used on `grid` (empty when it can);
-    // `strict` refuses nodes left undefined.
-    static std::string surfaceProblem(const std::string& path, const GridParams& grid, bool strict);
+    // `strict` refuses nodes left undefined; an `elevation` must lie within
+    // reach of the grid's reference elevation.
+    static std::string surfaceProblem(const std::string& path, const GridParams& grid, bool strict,
+                                      bool elevation = false);
 
     // Reads the lines after the marker up to the next marker or the end of the
     // stream; `line` is left on that marker (empty at the end). False when an

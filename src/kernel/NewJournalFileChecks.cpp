@@ -18,7 +18,7 @@ bool NewJournalFile::check_global_surfaces(const GridParams& grid)
 {
     if (!_flatteningFile.empty())
     {
-        const std::string problem = NewJournalSequence::surfaceProblem(_flatteningFile, grid, true);
+        const std::string problem = NewJournalSequence::surfaceProblem(_flatteningFile, grid, true, true);
         if (!problem.empty())
             return fail("Cannot read flattening surface from input file: " + _flatteningFile + "\n" +
                         problem);
@@ -27,7 +27,7 @@ bool NewJournalFile::check_global_surfaces(const GridParams& grid)
         return true;
     if (GridReal::get_format(_basementTopo) != GRID_FORMAT_F2G)
         return fail("Basement topography file must be F2G format: " + _basementTopo);
-    const std::string problem = NewJournalSequence::surfaceProblem(_basementTopo, grid, true);
+    const std::string problem = NewJournalSequence::surfaceProblem(_basementTopo, grid, true, true);
     if (!problem.empty())
         return fail("Cannot read basement topography from input file: " + _basementTopo + "\n" + problem);
     return true;

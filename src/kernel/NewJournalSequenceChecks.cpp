@@ -64,6 +64,35 @@ std::string value_problem(const GridReal& surface)
     return "";
 }
 
+// How far from the reference elevation a surface may lie: deeper or higher than
+// any basin, the deposits or erosion it asks for could not be held.
+constexpr double MAX_RELIEF = 10000.;
+
+std::string relief_problem(double value, double zref)
+{
+    if (std::fabs(value - zref) <= MAX_RELIEF)
+        return "";
+    return "the elevation " + NewJournalFile::text(value) + " lies more than " +
+           NewJournalFile::text(MAX_RELIEF) +
+           " m from the reference elevation of the domain (DOMAIN_ZREF = " + NewJournalFile::text(zref) + ")";
+}
+
+std::string relief_problem(const GridReal& surface, double zref)
+{
+    const std::vector<double>& values = surface.getValues();
+    const int nx = std::max(surface.getNx(), 1);
+    for (size_t k = 0; k < values.size(); ++k)
+    {
+        if (values[k] == MP_UNDEF_REAL)
+            continue;
+        const std::string problem = relief_problem(values[k], zref);
+        if (!problem.empty())
+            return problem + " at node (" + int_text(static_cast<int>(k % static_cast<size_t>(nx))) + ", " +
+                   int_text(static_cast<int>(k / static_cast<size_t>(nx))) + ")";
+    }
+    return "";
+}
+
 // The iteration count kept in a snapshot, or a negative number when it cannot be read.
 long long snapshot_age(const std::string& dir)
 {
@@ -94,13 +123,16 @@ GridParams NewJournalSequence::gridOf(const iParameters& registry)
     return grid;
 }
 
-std::string NewJournalSequence::surfaceProblem(const std::string& path, const GridParams& grid, bool strict)
+std::string NewJournalSequence::surfaceProblem(const std::string& path, const GridParams& grid, bool strict,
+                                               bool elevation)
 {
     // Read as the sequence will read it at launch.
     Topo topo;
     if (!topo.read(path))
         return topo.getError().empty() ? std::string("not a grid file of a known format") : topo.getError();
     std::string problem = value_problem(topo);
+    if (problem.empty() && elevation)
+        problem = relief_problem(topo, grid.getLocation().get_elevation());
     if (!problem.empty() || !strict || !checkable(grid))
         return problem;
     if (!topo.has_values())
@@ -219,16 +251,23 @@ bool NewJournalSequence::check_surfaces(const GridParams& grid)
 {
     bool ok = true;
     auto check = [&](bool given, const std::string& path, const std::string& reading, const std::string& key,
-                     bool strict)
+                     bool strict, bool elevation = false)
     {
         if (!given || path.empty())
             return;
-        const std::string problem = surfaceProblem(path, grid, strict);
+        const std::string problem = surfaceProblem(path, grid, strict, elevation);
         if (!problem.empty())
             ok = refuse(reading + path + at(key) + "\n" + problem);
     };
     check(_hasTopo && !_topoFile.empty(), _topoFile, "Cannot read topography from input file: ", "NEW_TOPO",
-          true);
+          true, true);
+    const double zref = grid.getLocation().get_elevation();
+    if (_hasTopo && _topoFile.empty() && is_set(_topoValue) && !relief_problem(_topoValue, zref).empty())
+        ok = refuse("NEW_TOPO = " + NewJournalFile::text(_topoValue) + at("NEW_TOPO") + ": " +
+                    relief_problem(_topoValue, zref));
+    if (is_set(_eraseFacies) && !relief_problem(_eraseFacies, zref).empty())
+        ok = refuse("ERASE_FACIES = " + NewJournalFile::text(_eraseFacies) + at("ERASE_FACIES") + ": " +
+                    relief_problem(_eraseFacies, zref));
     check(_hasZulFile, _zulFile, "Cannot read upper limit topography from input file: ", "ZUL_FILE", true);
     check(_hasTectoFile, _tectoFile, "Cannot read tectonic deformation map from input file: ", "TECTO_FILE",
           false);

@@ -626,6 +626,8 @@ TEST(NewJournalFile, WholeBatchIsCheckedAtLoad)
     write_surface(dir.file("small.f2g"), 40, 30, 5.);
     write_surface(dir.file("full.f2g"), 251, 201, 5.);
     write_surface(dir.file("huge.f2g"), 40, 30, -1e35);
+    write_surface(dir.file("deep.f2g"), 40, 30, -1e20);
+    write_surface(dir.file("high.f2g"), 40, 30, 1e9);
     write_file(dir.file("bad.f2g"), "F2G_DIM 2\nnot a grid\n");
     write_file(dir.file("ascii.txt"), "1 2 3\n");
     write_centerline(dir.file("one.txt"), "100 100\n", 1);
@@ -649,6 +651,10 @@ TEST(NewJournalFile, WholeBatchIsCheckedAtLoad)
          "Cannot read topography from input file: " + dir.file("bad.f2g") + " (" + bat + ", line 9)"},
         {small + "[NEW_SEQ]\nNEW_TOPO = huge.f2g\nLAUNCH_IT = 5\n",
          "the value -1e+30 at node (0, 0) is not a usable value"},
+        {small + "NEW_TOPO = deep.f2g\n", "the elevation -1e+20 lies more than 10000 m from the reference"},
+        {"BASEMENT_TOPO = high.f2g\n" + small, "the elevation 1e+09 lies more than 10000 m"},
+        {small + "NEW_TOPO = 1e9\n", "NEW_TOPO = 1e+09 (" + bat + ", line 8): the elevation 1e+09 lies"},
+        {small + "ERASE_FACIES = -2e4\n", "ERASE_FACIES = -20000 (" + bat + ", line 8): the elevation"},
         {"[NEW_SEQ]\nLAUNCH_IT = 5\nZUL_FILE = small.f2g\n",
          "Cannot read upper limit topography from input file: " + dir.file("small.f2g")},
         {"[NEW_SEQ]\nLAUNCH_IT = 5\nZUL_FILE = small.f2g\n", "it does not cover the grid (251 x 201 nodes"},
