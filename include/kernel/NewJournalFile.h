@@ -15,6 +15,7 @@ class iSimulator;
 class iTracer;
 class CoreList;
 class GridParams;
+class UserClassList;
 
 class NewJournalFile
 {
@@ -110,6 +111,8 @@ private:
     bool check_extracted_wells();
     bool load_flattening();
     bool load_user_classes();
+    // The classes the global section describes; false with the error line.
+    bool make_user_classes(UserClassList& classes) const;
     bool load_wells();
     void infer_nexus(const CoreList& cores, const std::string& what);
     bool load_basement();

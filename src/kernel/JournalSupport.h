@@ -149,6 +149,12 @@ inline std::string suggestion(const std::string& key, const std::vector<std::str
     return ", did you mean " + best + "?";
 }
 
+// A grid reader's reason, or what it leaves unsaid when it does not know the format.
+inline std::string grid_reason(const std::string& error)
+{
+    return error.empty() ? "its format is not recognised (F2G, GSLIB, CPS3 or plain ascii expected)" : error;
+}
+
 // For a tracer that must stay silent.
 inline void trace_nothing(const char*, TraceLevel) {}
 

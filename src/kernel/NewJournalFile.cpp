@@ -986,7 +986,7 @@ bool NewJournalFile::load_flattening()
     if (!topo.read(_flatteningFile))
     {
         tracer->error("Cannot read flattening surface from input file: " + _flatteningFile + "\n" +
-                      topo.getError());
+                      journal_support::grid_reason(topo.getError()));
         return false;
     }
     if (!_simulator->loadFlattening(topo))
@@ -997,12 +997,8 @@ bool NewJournalFile::load_flattening()
     return true;
 }
 
-bool NewJournalFile::load_user_classes()
+bool NewJournalFile::make_user_classes(UserClassList& classes) const
 {
-    if (!_hasUserClasses)
-        return true;
-    iTracer* tracer = _simulator->getTracer();
-    UserClassList classes;
     for (size_t k = 0; k < _userClassFacies.size(); ++k)
     {
         const bool discrete = _userClassType == USER_CLASS_DISCRETE;
@@ -1011,10 +1007,21 @@ bool NewJournalFile::load_user_classes()
                          discrete ? MP_UNDEF_REAL : _userClassMin[k],
                          discrete ? MP_UNDEF_REAL : _userClassMax[k], message))
         {
-            tracer->error("Error adding user class: " + message);
+            _simulator->getTracer()->error("Error adding user class: " + message);
             return false;
         }
     }
+    return true;
+}
+
+bool NewJournalFile::load_user_classes()
+{
+    if (!_hasUserClasses)
+        return true;
+    iTracer* tracer = _simulator->getTracer();
+    UserClassList classes;
+    if (!make_user_classes(classes))
+        return false;
     if (!_simulator->setUserClassList(classes))
     {
         tracer->error("Error loading user classes");
@@ -1074,7 +1081,7 @@ bool NewJournalFile::load_basement()
     if (!topo.read(_basementTopo))
     {
         tracer->error("Cannot read basement topography from input file: " + _basementTopo + "\n" +
-                      topo.getError());
+                      journal_support::grid_reason(topo.getError()));
         return false;
     }
     const int facies = is_set(_basementFacies) ? _basementFacies : 0;
@@ -1118,7 +1125,15 @@ int NewJournalFile::launch()
     }
     catch (const std::string& text)
     {
-        tracer->error("Problem with simulator action: launch\n" + text);
+        // An internal check's text ("... failed at [file, line: n]") means
+        // nothing to the user: it is kept for the debug level.
+        const bool internal = text.find(" failed at [") != std::string::npos;
+        tracer->error(
+            "Problem with simulator action: launch\n" +
+            (internal ? std::string("an internal check of the simulation failed (TRACE_LEVEL = 5 shows it)")
+                      : text));
+        if (internal)
+            tracer->debug(text);
         return MP_STATUS_FAILURE;
     }
     catch (const std::exception& e)

@@ -5,6 +5,7 @@
 #include "JournalSupport.h"
 #include "kernel/GridParams.h"
 #include "kernel/GridReal.h"
+#include "kernel/UserClassList.h"
 
 #include <climits>
 #include <cmath>
@@ -16,6 +17,9 @@ using journal_support::int_text;
 
 bool NewJournalFile::check_global_surfaces(const GridParams& grid)
 {
+    UserClassList classes;
+    if (_hasUserClasses && !make_user_classes(classes))
+        return false;
     if (!_flatteningFile.empty())
     {
         const std::string problem = NewJournalSequence::surfaceProblem(_flatteningFile, grid, true, true);

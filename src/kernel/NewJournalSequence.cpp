@@ -757,7 +757,8 @@ int NewJournalSequence::load_erodibility()
     EMap map;
     std::string detail;
     if (!map.read(_emapFile))
-        detail = "Cannot read erodibility map from input file: " + _emapFile + "\n" + map.getError();
+        detail = "Cannot read erodibility map from input file: " + _emapFile + "\n" +
+                 journal_support::grid_reason(map.getError());
     else
     {
         // The simulator converts the map itself; a trial conversion names the file whose values
@@ -783,7 +784,7 @@ int NewJournalSequence::load_tectonics()
     TectoMap map;
     if (!map.read(_tectoFile))
         return fail("Cannot read tectonic deformation map from input file: " + _tectoFile + "\n" +
-                    map.getError());
+                    journal_support::grid_reason(map.getError()));
     if (!_simulator->loadTectoMap(map))
         return fail_with_reason("Error loading tectonic deformation map from file: " + _tectoFile);
     return MP_STATUS_OK;
@@ -804,7 +805,8 @@ int NewJournalSequence::replace_topography()
     }
     Topo topo;
     if (!topo.read(_topoFile))
-        return fail("Cannot read topography from input file: " + _topoFile + "\n" + topo.getError());
+        return fail("Cannot read topography from input file: " + _topoFile + "\n" +
+                    journal_support::grid_reason(topo.getError()));
     if (!_simulator->replaceTopo(topo, mode, facies, !_first))
         return fail_with_reason("Error replacing topography from file: " + _topoFile);
     return MP_STATUS_OK;
@@ -823,7 +825,7 @@ int NewJournalSequence::load_upper_limit()
         Topo topo;
         if (!topo.read(_zulFile))
             return fail("Cannot read upper limit topography from input file: " + _zulFile + "\n" +
-                        topo.getError());
+                        journal_support::grid_reason(topo.getError()));
         if (!_simulator->loadUpperLimit(topo, type))
             return fail_with_reason("Error loading upper limit topography from file: " + _zulFile);
     }

@@ -129,7 +129,7 @@ std::string NewJournalSequence::surfaceProblem(const std::string& path, const Gr
     // Read as the sequence will read it at launch.
     Topo topo;
     if (!topo.read(path))
-        return topo.getError().empty() ? std::string("not a grid file of a known format") : topo.getError();
+        return journal_support::grid_reason(topo.getError());
     std::string problem = value_problem(topo);
     if (problem.empty() && elevation)
         problem = relief_problem(topo, grid.getLocation().get_elevation());
@@ -276,8 +276,7 @@ bool NewJournalSequence::check_surfaces(const GridParams& grid)
         EMap map;
         std::string problem;
         if (!map.read(_emapFile))
-            problem =
-                map.getError().empty() ? std::string("not a grid file of a known format") : map.getError();
+            problem = journal_support::grid_reason(map.getError());
         else if (!map.has_values())
             problem = "it has no defined value";
         else

@@ -221,6 +221,19 @@ TEST(BatchRun, MistakesOfLaterSequencesAreRefusedBeforeAnyRun)
         EXPECT_TRUE(traced(entry.second)) << entry.first << g_trace;
         EXPECT_FALSE(traced("failed at [")) << g_trace;
     }
+    // A centerline spoiled between load and launch is refused in the user's terms, not the program's.
+    write_file(dir.file("cl.txt"),
+               "N_DIMENSIONS = 2\nN_POINTS = 2\nN_VARIABLES = 0\n~Ascii\n250 0\n250 390\n");
+    write_file(dir.file("run.bat"), global_section(out) + SMALL_SEQUENCE + "NEW_CL_FILE = cl.txt\n");
+    {
+        SimPtr sim = quiet_simulator();
+        NewJournalFile file(sim.get());
+        ASSERT_TRUE(file.load(dir.file("run.bat"))) << g_trace;
+        write_file(dir.file("cl.txt"), "N_DIMENSIONS = 2\nN_POINTS = 1\nN_VARIABLES = 0\n~Ascii\n250 100\n");
+        EXPECT_NE(file.launch(), MP_STATUS_OK);
+        EXPECT_TRUE(traced("##  ERROR  ## : ")) << g_trace;
+        EXPECT_FALSE(traced("failed at [")) << g_trace;
+    }
     // A flattening surface on the grid the sequence sets is used; on the default grid it would not cover.
     const Outcome flat =
         run_batch(dir, global_section(out) + "FLATTENING_FILE = flat.f2g\n" + SMALL_SEQUENCE);

@@ -438,7 +438,12 @@ TEST(NewJournalSequence, FailedSurfaceActions)
             << entry.section << trace_text();
         EXPECT_EQ(sequence.launch(nullptr), MP_STATUS_FAILURE) << entry.section;
         for (const std::string& message : entry.messages)
+        {
             EXPECT_TRUE(traced("##  ERROR  ## : " + message)) << entry.section << "\n" << trace_text();
+            // A reader's refusal shows the reader's own reason under it.
+            if (message.compare(0, 11, "Cannot read") == 0)
+                EXPECT_TRUE(traced(message + "\n              : ")) << entry.section << "\n" << trace_text();
+        }
     }
     // A snapshot that cannot be loaded stops before anything else.
     std::filesystem::create_directory(dir.file("snap"));
