@@ -234,6 +234,13 @@ TEST(BatchRun, MistakesOfLaterSequencesAreRefusedBeforeAnyRun)
         EXPECT_TRUE(traced("##  ERROR  ## : ")) << g_trace;
         EXPECT_FALSE(traced("failed at [")) << g_trace;
     }
+    // A step too fine for the block's own range is known only at the end: the export says so, the run fails.
+    const Outcome fine = run_batch(dir, "[GLOBAL]\nF2G_FILE = " + out +
+                                            "/fine.f2g\nF2G_DZ = 1e-300\nF2G_FACIES = 1\n" + SMALL_SEQUENCE);
+    ASSERT_TRUE(fine.loaded) << g_trace;
+    EXPECT_NE(fine.status, MP_STATUS_OK);
+    EXPECT_TRUE(traced("more than can be held")) << g_trace;
+    EXPECT_FALSE(std::filesystem::exists(out + "/fine.f2g"));
     // A flattening surface on the grid the sequence sets is used; on the default grid it would not cover.
     const Outcome flat =
         run_batch(dir, global_section(out) + "FLATTENING_FILE = flat.f2g\n" + SMALL_SEQUENCE);
