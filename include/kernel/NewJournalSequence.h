@@ -99,7 +99,7 @@ private:
     bool check_snapshot(Parameters& registry, bool& started);
     bool check_inference(Parameters& registry, iTracer* quiet, bool started);
     bool check_ranges(Parameters& registry, iTracer* quiet, bool force);
-    bool check_surfaces(const GridParams& grid);
+    bool check_surfaces(const iParameters& registry, const GridParams& grid);
     bool check_centerline(const GridParams& grid);
     // False (with its error line) when the tier refuses the keyword.
     bool allowed(const std::string& key, Gate gate) const;

@@ -177,7 +177,7 @@ bool NewJournalSequence::checkAgainst(Parameters& registry, iTracer* quiet, bool
     else if (ok)
         grid = gridOf(registry);
     if (ok && checkable(grid))
-        ok = check_surfaces(grid) && check_centerline(grid);
+        ok = check_surfaces(registry, grid) && check_centerline(grid);
     // Even an upper limit already reached counts the sequence as a step of the run.
     started = true;
     return ok;
@@ -247,7 +247,7 @@ bool NewJournalSequence::check_ranges(Parameters& registry, iTracer* quiet, bool
     return true;
 }
 
-bool NewJournalSequence::check_surfaces(const GridParams& grid)
+bool NewJournalSequence::check_surfaces(const iParameters& registry, const GridParams& grid)
 {
     bool ok = true;
     auto check = [&](bool given, const std::string& path, const std::string& reading, const std::string& key,
@@ -284,6 +284,17 @@ bool NewJournalSequence::check_surfaces(const GridParams& grid)
         if (!problem.empty())
             ok = refuse("Cannot read erodibility map from input file: " + _emapFile + at("EMAP_FILE") + "\n" +
                         problem);
+        else
+        {
+            // The conversion the launch makes, with the coefficients the sequence will have.
+            EMap trial(map);
+            trial.setError("");
+            if (!trial.convert(registry.getParamDouble("EROD_COEF"),
+                               registry.getParamDouble("EROD_OFFSET")) ||
+                !trial.getError().empty())
+                ok = refuse("Cannot convert erodibility map from input file: " + _emapFile + at("EMAP_FILE") +
+                            (trial.getError().empty() ? "" : "\n" + trial.getError()));
+        }
     }
     return ok;
 }

@@ -652,6 +652,9 @@ TEST(NewJournalFile, WholeBatchIsCheckedAtLoad)
         {small + "NEW_TOPO = deep.f2g\n", "the elevation -1e+20 lies more than 10000 m from the reference"},
         {"BASEMENT_TOPO = high.f2g\n" + small, "the elevation 1e+09 lies more than 10000 m"},
         {small + "NEW_TOPO = 1e9\n", "NEW_TOPO = 1e+09 (" + bat + ", line 8): the elevation 1e+09 lies"},
+        {small + "EMAP_FILE = small.f2g\nEMAP_OFFSET = 5\n",
+         "Cannot convert erodibility map from input file: " + dir.file("small.f2g") + " (" + bat +
+             ", line 8)"},
         {small + "ERASE_FACIES = -2e4\n", "ERASE_FACIES = -20000 (" + bat + ", line 8): the elevation"},
         {"[NEW_SEQ]\nLAUNCH_IT = 5\nZUL_FILE = small.f2g\n",
          "Cannot read upper limit topography from input file: " + dir.file("small.f2g")},

@@ -442,7 +442,9 @@ TEST(NewJournalSequence, FailedSurfaceActions)
             EXPECT_TRUE(traced("##  ERROR  ## : " + message)) << entry.section << "\n" << trace_text();
             // A reader's refusal shows the reader's own reason under it.
             if (message.compare(0, 11, "Cannot read") == 0)
+            {
                 EXPECT_TRUE(traced(message + "\n              : ")) << entry.section << "\n" << trace_text();
+            }
         }
     }
     // A snapshot that cannot be loaded stops before anything else.
