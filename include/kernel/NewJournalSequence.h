@@ -69,6 +69,9 @@ public:
 
     int getIndex() const { return _index; }
     bool loadsSnapshot() const { return !_snapLoadDir.empty(); }
+    // True when, before the first iteration, this section asks for the model
+    // to be rebuilt on new domain settings (DOMAIN_* or an inference on the grid).
+    bool setsGrid() const;
     // 2147483647 when not given; -1 runs until the upper limit.
     int getLaunchIt() const { return _launchIt; }
     bool definesUpperLimit() const { return _hasZulFile || _zulTopo != MP_UNDEF_REAL; }

@@ -1101,12 +1101,13 @@ int NewJournalFile::launch()
     iTracer* tracer = _simulator->getTracer();
     try
     {
-        // The model is built on the grid the first sequence sets, when its
-        // parameters are applied; a snapshot brings its own grid.
+        // A first sequence that sets the grid builds the model once its
+        // parameters are applied, so that the global surfaces and extracted
+        // wells meet the grid they are for; otherwise the model is built now.
         int status = MP_STATUS_OK;
         if (!set_type_and_tracer())
             status = MP_STATUS_FAILURE;
-        else if (!_sequences.empty() && _sequences.front().loadsSnapshot())
+        else if (_sequences.empty() || _sequences.front().loadsSnapshot() || !_sequences.front().setsGrid())
             status = buildModel();
         if (status != MP_STATUS_OK)
         {

@@ -105,6 +105,13 @@ void NewJournalSequence::reset()
     _userParams.clear();
 }
 
+bool NewJournalSequence::setsGrid() const
+{
+    return (_hasNexus && _nexusGrid == 1) || (_hasNeqsus && _neqsusGrid == 1) ||
+           std::any_of(_userParams.begin(), _userParams.end(),
+                       [](const auto& entry) { return entry.first.compare(0, 7, "DOMAIN_") == 0; });
+}
+
 bool NewJournalSequence::stopsWhenWellsHonored() const
 {
     const auto found = _userParams.find("COND_WELL_STOP_HONORED");
@@ -695,11 +702,7 @@ int NewJournalSequence::check_consistency(NewJournalFile* file)
         tracer->warning("Ignoring consistency warnings... Batch continues!");
 
     // Before the first iteration a new grid size still takes effect: the model is rebuilt on it.
-    const bool regrid =
-        _simulator->getAge() == 0 &&
-        ((_hasNexus && _nexusGrid == 1) || (_hasNeqsus && _neqsusGrid == 1) ||
-         std::any_of(_userParams.begin(), _userParams.end(),
-                     [](const auto& entry) { return entry.first.compare(0, 7, "DOMAIN_") == 0; }));
+    const bool regrid = _simulator->getAge() == 0 && setsGrid();
     if (_simulator->ready(false) && !regrid)
         return MP_STATUS_OK;
     if (file)
