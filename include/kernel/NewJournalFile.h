@@ -16,6 +16,8 @@ class iSimulator;
 class iTracer;
 class BatchPaths;
 class CoreList;
+class GridParams;
+class UserClassList;
 
 class NewJournalFile
 {
@@ -65,7 +67,8 @@ public:
     // The line dialect shared by both sections.
     static std::string trim(const std::string& text);
     // Next significant line, trimmed, into `line`; false at the end of the stream.
-    static bool nextLine(std::istream& stream, std::string& line, iTracer* tracer);
+    // `number`, when given, counts every line read, blank and comment ones too.
+    static bool nextLine(std::istream& stream, std::string& line, iTracer* tracer, int* number = nullptr);
     static bool isMarker(const std::string& line) { return !line.empty() && line[0] == '['; }
     // Key and value around the first "=", both trimmed; false without "=".
     static bool splitLine(const std::string& line, std::string& key, std::string& value);
@@ -101,7 +104,10 @@ private:
     // VTK_FILE, GRDECL_FILE and GRDECL_PROPS.
     bool read_export_keyword(const std::string& key, const std::string& value, bool& known);
     bool allowed(const std::string& key, Gate gate) const;
-    bool bad_value(const std::string& value);
+    bool bad_value(const std::string& key, const std::string& value);
+    // The whole text of a batch file, or why it cannot be one ("no such file"...).
+    static std::string read_text(const std::string& file, std::string& content);
+    std::string global_suggestion(const std::string& key) const;
     bool check_global();
     bool check_inputs();
     bool check_outputs();
@@ -109,12 +115,19 @@ private:
     bool check_block_exports();
     bool check_writable(const std::string& path, const std::string& what);
     bool check_readable(const std::string& path, const std::string& what);
+    // With the grids the sequences give: the one the global surfaces are loaded
+    // on (the first sequence's), and the one in force at the end.
+    bool check_global_surfaces(const GridParams& grid);
+    bool check_extracted_wells_at_load(const GridParams& grid);
+    bool check_sampling(const GridParams& grid);
 
     void set_defaults();
     bool set_type_and_tracer();
     bool check_extracted_wells();
     bool load_flattening();
     bool load_user_classes();
+    // The classes the global section describes; false with the error line.
+    bool make_user_classes(UserClassList& classes) const;
     bool load_wells();
     void infer_nexus(const CoreList& cores, const std::string& what);
     bool load_basement();
@@ -141,6 +154,9 @@ private:
     std::string _directory;
     std::vector<NewJournalSequence> _sequences;
     bool _failed;
+    // Lines of the file read so far, and the line of the keyword being read (0 outside).
+    int _lineNumber;
+    int _keyLine;
 
     int _verbose;
     int _traceLevel;

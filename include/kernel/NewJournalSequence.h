@@ -6,14 +6,19 @@
 
 #include "kernel/Constants.h"
 
+#include "kernel/GridParams.h"
+
 #include <iosfwd>
 #include <map>
 #include <string>
 #include <vector>
 
+class iParameters;
 class iSimulator;
 class BatchPaths;
+class iTracer;
 class NewJournalFile;
+class Parameters;
 
 class NewJournalSequence
 {
@@ -31,6 +36,32 @@ public:
     // Snapshot folders that earlier sequences save: one may be loaded before it exists.
     void setSavedSnapshots(const std::vector<std::string>& dirs) { _savedBefore = dirs; }
     const std::string& getSnapSaveDir() const { return _snapSaveDir; }
+    // The batch file, for messages, the number of its lines read before the
+    // section, and the registry that names the parameters (the simulator's
+    // when null).
+    void setSource(const std::string& file, int lineNumber, const iParameters* registry)
+    {
+        _source = file;
+        _lineNumber = lineNumber;
+        _registry = registry;
+    }
+    // Lines of the batch file read so far.
+    int getLineNumber() const { return _lineNumber; }
+
+    // The checks that need what earlier sequences did: applies this section to
+    // `registry` as `launch` will apply it to the simulator's, then checks the
+    // values against their ranges and every input file against `grid`, the
+    // grid in force during the sequence (updated here). `started` tells
+    // whether iterations were run before; `quiet` receives the inference's
+    // traces. False with the error lines when something would fail at launch.
+    bool checkAgainst(Parameters& registry, iTracer* quiet, bool force, bool& started, GridParams& grid);
+    // The grid a registry builds.
+    static GridParams gridOf(const iParameters& registry);
+    // Why the surface file cannot be used on `grid` (empty when it can);
+    // `strict` refuses nodes left undefined; an `elevation` must lie within
+    // reach of the grid's reference elevation.
+    static std::string surfaceProblem(const std::string& path, const GridParams& grid, bool strict,
+                                      bool elevation = false);
 
     // Reads the lines after the marker up to the next marker or the end of the
     // stream; `line` is left on that marker (empty at the end). False when an
@@ -43,6 +74,10 @@ public:
     void listPaths(BatchPaths& paths) const;
 
     int getIndex() const { return _index; }
+    bool loadsSnapshot() const { return !_snapLoadDir.empty(); }
+    // True when, before the first iteration, this section asks for the model
+    // to be rebuilt on new domain settings (DOMAIN_* or an inference on the grid).
+    bool setsGrid() const;
     // 2147483647 when not given; -1 runs until the upper limit.
     int getLaunchIt() const { return _launchIt; }
     bool definesUpperLimit() const { return _hasZulFile || _zulTopo != MP_UNDEF_REAL; }
@@ -66,6 +101,15 @@ private:
     bool read_int(const std::string& key, const std::string& value, int& target);
     bool read_real(const std::string& key, const std::string& value, double& target);
     bool read_flag(const std::string& key, const std::string& value, int& target);
+    bool bad_value(const std::string& key, const std::string& value, const std::string& reason);
+    bool read_parameter(const std::string& key, const std::string& value);
+    std::string at(const std::string& key) const;
+    bool refuse(const std::string& message);
+    bool check_snapshot(Parameters& registry, bool& started);
+    bool check_inference(Parameters& registry, iTracer* quiet, bool started);
+    bool check_ranges(Parameters& registry, iTracer* quiet, bool force);
+    bool check_surfaces(const iParameters& registry, const GridParams& grid);
+    bool check_centerline(const GridParams& grid);
     // False (with its error line) when the tier refuses the keyword.
     bool allowed(const std::string& key, Gate gate) const;
     bool allowed_group(const std::string& key) const;
@@ -91,8 +135,14 @@ private:
     int save_snapshot();
     void report_end();
     int fail(const std::string& message, int status = 1);
+    int fail_with_reason(const std::string& message);
 
     iSimulator* _simulator;
+    const iParameters* _registry;
+    std::string _source;
+    int _lineNumber;
+    // Line of each keyword in the batch file (the last one when repeated).
+    std::map<std::string, int> _keyLines;
     std::string _directory;
     int _index;
     bool _first;

@@ -9,6 +9,7 @@
 #include "kernel/RegularBlock.h"
 
 #include <algorithm>
+#include <climits>
 #include <cmath>
 #include <sstream>
 
@@ -79,7 +80,11 @@ void Domain::discretize_elevation(double dz, double& zmin, double& zmax, int& nz
     {
         min_and_max_elevation_geo(zmin, zmax);
         MP_ASSERT_TEXT(zmin < zmax, "minz < maxz");
-        const int n = static_cast<int>(std::floor((zmax - zmin) / dz));
+        const double count = std::floor((zmax - zmin) / dz);
+        if (!(count < INT_MAX))
+            throw std::string("Sampling of the block by ") + std::to_string(dz) +
+                " m would need more levels than can be held";
+        const int n = static_cast<int>(count);
         nz = n;
         const double delta = zmax - zmin - n * dz;
         MP_ASSERT_TEXT(delta >= -MP_EPSILON, "delta >= -MP_EPSILON");
@@ -96,7 +101,13 @@ void Domain::discretize_elevation(double dz, double& zmin, double& zmax, int& nz
     }
     case 1:
         zmax = max_elevation_geo();
-        nz = static_cast<int>(std::round((zmax - zmin + dz / 2.) / dz));
+        {
+            const double count = std::round((zmax - zmin + dz / 2.) / dz);
+            if (!(count < INT_MAX))
+                throw std::string("Sampling of the block by ") + std::to_string(dz) +
+                    " m would need more levels than can be held";
+            nz = static_cast<int>(count);
+        }
         break;
     case 2:
         nz = policy.nz;
@@ -288,7 +299,18 @@ bool Domain::getRegularBlock(int imin, int imax, int jmin, int jmax, double dz, 
         error("Maximum elevation must be greater than minimum elevation");
         return false;
     }
-    int nz = static_cast<int>(std::round((zmax - zmin + dz / 2.) / dz));
+    // A count beyond an int cannot be sampled: say so rather than wrap around.
+    const double levels = std::round((zmax - zmin + dz / 2.) / dz);
+    const double cells = levels * (imax - imin + 1) * (jmax - jmin + 1);
+    if (!std::isfinite(levels) || levels > INT_MAX || cells > INT_MAX)
+    {
+        std::ostringstream text;
+        text << "Sampling between [" << zmin << ", " << zmax << "] by " << dz << " would need " << levels
+             << " levels (" << cells << " cells), more than can be held";
+        error(text.str());
+        return false;
+    }
+    int nz = static_cast<int>(levels);
     block.facies.clear();
     block.age.clear();
     block.grain.clear();

@@ -204,6 +204,15 @@ bool Network::load_centerline(const Centerline& centerline)
     }
     catch (const std::string& text)
     {
+        // An internal check's text says nothing of the file: it stays at debug level.
+        if (_tracer != nullptr && text.find(" failed at [") != std::string::npos)
+        {
+            if (_tracer->traceLevel(TRACE_DEBUG))
+                _tracer->debug(text);
+            return creation_failed("The centerline (" + std::to_string(centerline.size()) +
+                                   " points) cannot make a channel in the domain: it needs at least 2 points "
+                                   "inside the domain");
+        }
         return creation_failed(text);
     }
 }

@@ -9,11 +9,16 @@
 #include "kernel/CoreList.h"
 #include "kernel/Domain.h"
 #include "kernel/GridReal.h"
+#include "kernel/Parameters.h"
 #include "kernel/Topo.h"
+#include "kernel/Tracer.h"
 #include "kernel/UserClass.h"
 #include "kernel/UserClassList.h"
 
+#include <cerrno>
+#include <cmath>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <istream>
@@ -50,6 +55,8 @@ void NewJournalFile::reset()
     _batchFile.clear();
     _proportions = ProportionExports();
     _directory = ".";
+    _lineNumber = 0;
+    _keyLine = 0;
     _sequences.clear();
     _failed = false;
     _verbose = MP_UNDEF_INT;
@@ -110,11 +117,17 @@ std::string NewJournalFile::trim(const std::string& text)
     return text.substr(first, last - first + 1);
 }
 
-bool NewJournalFile::nextLine(std::istream& stream, std::string& line, iTracer* tracer)
+bool NewJournalFile::nextLine(std::istream& stream, std::string& line, iTracer* tracer, int* number)
 {
+    // Editors on other systems start the file with a byte-order mark.
+    static const std::string BOM = "\xEF\xBB\xBF";
     std::string raw;
     while (std::getline(stream, raw))
     {
+        if (number)
+            ++*number;
+        if (raw.compare(0, BOM.size(), BOM) == 0)
+            raw.erase(0, BOM.size());
         line = trim(raw);
         if (line.empty())
             continue;
@@ -122,6 +135,10 @@ bool NewJournalFile::nextLine(std::istream& stream, std::string& line, iTracer* 
             tracer->debug("  Reading line: " + line);
         if (line[0] == '#')
             continue;
+        // A marker may carry a comment: "[NEW_SEQ] # first".
+        const std::string::size_type comment = line.find('#');
+        if (isMarker(line) && comment != std::string::npos)
+            line = trim(line.substr(0, comment));
         return true;
     }
     line.clear();
@@ -176,7 +193,7 @@ bool NewJournalFile::toReal(const std::string& text, double& value)
     char* end = nullptr;
     errno = 0;
     const double converted = std::strtod(item.c_str(), &end);
-    if (*end != '\0' || errno != 0 || converted != converted)
+    if (*end != '\0' || errno != 0 || !std::isfinite(converted))
         return false;
     value = converted;
     return true;
@@ -260,13 +277,40 @@ bool NewJournalFile::load(std::string const& file)
 {
     iTracer* tracer = _simulator->getTracer();
     tracer->info("Loading batch file: " + file);
-    std::ifstream stream(file);
-    if (!stream.is_open())
+    std::string content;
+    const std::string reason = read_text(file, content);
+    if (!reason.empty())
     {
-        tracer->error("Error opening batch file: " + file);
+        tracer->error("Error opening batch file: " + file + ": " + reason);
         return false;
     }
+    std::istringstream stream(content);
     return load(stream, file);
+}
+
+std::string NewJournalFile::read_text(const std::string& file, std::string& content)
+{
+    // A batch file is a few kilobytes of text; anything far larger is not one.
+    constexpr std::uintmax_t MAX_SIZE = 64u << 20;
+    std::error_code code;
+    const std::filesystem::file_status status = std::filesystem::status(file, code);
+    if (file.empty() || !std::filesystem::exists(status))
+        return "no such file";
+    if (std::filesystem::is_directory(status))
+        return "is a directory";
+    if (!std::filesystem::is_regular_file(status))
+        return "not a text file";
+    if (std::filesystem::file_size(file, code) > MAX_SIZE)
+        return "not a text file (too large)";
+    std::ifstream stream(file, std::ios::binary);
+    if (!stream.is_open())
+        return errno != 0 ? std::strerror(errno) : "cannot be opened";
+    std::ostringstream text;
+    text << stream.rdbuf();
+    content = text.str();
+    if (content.find('\0') != std::string::npos)
+        return "not a text file";
+    return "";
 }
 
 bool NewJournalFile::load(std::istream& stream, std::string const& path)
@@ -285,9 +329,12 @@ bool NewJournalFile::load(std::istream& stream, std::string const& path)
     try
     {
         std::string line;
-        if (!nextLine(stream, line, tracer) || line != "[GLOBAL]")
+        if (!nextLine(stream, line, tracer, &_lineNumber) || line != "[GLOBAL]")
         {
-            tracer->error("Missing [GLOBAL] section");
+            tracer->error("Missing [GLOBAL] section" +
+                          (line.empty() ? std::string(": the file holds no keyword")
+                                        : ": the file must start with it, not with " + line +
+                                              journal_support::where(_batchFile, _lineNumber)));
             return false;
         }
         if (!loadGlobal(_batchFile, stream, line))
@@ -297,6 +344,20 @@ bool NewJournalFile::load(std::istream& stream, std::string const& path)
             tracer->error("Missing [NEW_SEQ] section");
             return false;
         }
+        // The sequences are checked against a registry of their own, set as the
+        // launch will set the simulator's, so that nothing is changed by loading.
+        Tracer quiet;
+        quiet.setTraceFunction(journal_support::trace_nothing);
+        quiet.setTraceLevel(0);
+        Parameters registry(&quiet);
+        registry.setUsingDistrib(_simulator->getParameters()->getDistrib());
+        if (_useTurbidite == 1)
+            registry.setUsingTurbi();
+        else
+            registry.setUsingFluvi();
+        GridParams grid = NewJournalSequence::gridOf(registry);
+        GridParams firstGrid = grid;
+        bool started = false;
         bool zulKnown = false;
         bool stopHonored = false;
         std::vector<std::string> savedSnapshots;
@@ -308,8 +369,13 @@ bool NewJournalFile::load(std::istream& stream, std::string const& path)
             sequence.setDirectory(_directory);
             sequence.setUpperLimitKnown(zulKnown);
             sequence.setSavedSnapshots(savedSnapshots);
-            if (!sequence.load(stream, line, index, index == 1))
+            sequence.setSource(_batchFile, _lineNumber, &registry);
+            const bool loaded = sequence.load(stream, line, index, index == 1);
+            _lineNumber = sequence.getLineNumber();
+            if (!loaded || !sequence.checkAgainst(registry, &quiet, forceSimu(), started, grid))
                 return false;
+            if (index == 1)
+                firstGrid = grid;
             zulKnown = zulKnown || sequence.definesUpperLimit();
             stopHonored = stopHonored || sequence.stopsWhenWellsHonored();
             if (!sequence.getSnapSaveDir().empty())
@@ -318,7 +384,8 @@ bool NewJournalFile::load(std::istream& stream, std::string const& path)
         }
         if (!line.empty())
         {
-            tracer->error("Unknown section in batch file: " + line);
+            tracer->error("Unknown section in batch file: " + line +
+                          journal_support::where(_batchFile, _lineNumber));
             return false;
         }
         if (stopHonored && _wellFiles.empty())
@@ -326,7 +393,8 @@ bool NewJournalFile::load(std::istream& stream, std::string const& path)
             tracer->error("You must define some wells in order to use 'COND_WELL_STOP_HONORED'");
             return false;
         }
-        if (!checkPaths())
+        if (!checkPaths() || !check_global_surfaces(firstGrid) || !check_extracted_wells_at_load(grid) ||
+            !check_sampling(grid))
             return false;
     }
     catch (...)
@@ -342,10 +410,15 @@ bool NewJournalFile::loadGlobal(const std::string& path, std::istream& stream, s
     iTracer* tracer = _simulator->getTracer();
     tracer->info("Loading global parameters");
     _failed = false;
-    if (!journal_support::read_section(stream, line, tracer,
-                                       [this](const std::string& key, const std::string& value,
-                                              const std::string& text) { read_keyword(key, value, text); }))
+    if (!journal_support::read_section(
+            stream, line, _lineNumber, tracer,
+            [this](const std::string& key, const std::string& value, const std::string& text, int number)
+            {
+                _keyLine = number;
+                read_keyword(key, value, text);
+            }))
         return false;
+    _keyLine = 0;
     if (_failed)
         return false;
     set_defaults();
@@ -360,9 +433,10 @@ bool NewJournalFile::fail(const std::string& message)
     return false;
 }
 
-bool NewJournalFile::bad_value(const std::string& value)
+bool NewJournalFile::bad_value(const std::string& key, const std::string& value)
 {
-    return fail("Bad formatted value: " + value);
+    return fail("Bad formatted value: " + value + " for " + key +
+                journal_support::where(_batchFile, _keyLine));
 }
 
 bool NewJournalFile::allowed(const std::string& key, Gate gate) const
@@ -394,7 +468,8 @@ bool NewJournalFile::read_keyword(const std::string& key, const std::string& val
     if (!known)
     {
         iTracer* tracer = _simulator->getTracer();
-        tracer->warning("Unknown keyword: " + key + " ignored...");
+        tracer->warning("Unknown keyword: " + key + " ignored..." +
+                        journal_support::where(_batchFile, _keyLine) + global_suggestion(key));
         tracer->warning("Unknown keyword for global section ignored: " + line);
     }
     return ok;
@@ -408,31 +483,31 @@ bool NewJournalFile::read_input_keyword(const std::string& key, const std::strin
     if (key == "VERBOSE")
     {
         if (!toFlag(value, flag))
-            return bad_value(value);
+            return bad_value(key, value);
         _verbose = flag;
         tracer->setVerbose(flag == 1);
     }
     else if (key == "TRACE_LEVEL")
     {
         if (!toInt(value, number))
-            return bad_value(value);
+            return bad_value(key, value);
         _traceLevel = number;
         tracer->setTraceLevel(number);
     }
     else if (key == "USE_TURBIDITE")
     {
         if (!toInt(value, number))
-            return bad_value(value);
+            return bad_value(key, value);
         if (number == 2)
             return fail("Wrong turbidite option (use 0 or 1 as 2 is now deprecated)");
         if (number != 0 && number != 1)
-            return bad_value(value);
+            return bad_value(key, value);
         _useTurbidite = number;
     }
     else if (key == "FORCE_SIMU")
     {
         if (!toFlag(value, flag))
-            return bad_value(value);
+            return bad_value(key, value);
         _forceSimu = flag;
     }
     else if (key == "WELL_FILE" || key == "WELL_TRAJ" || key == "WELL_NAME")
@@ -451,7 +526,7 @@ bool NewJournalFile::read_input_keyword(const std::string& key, const std::strin
         if (!allowed(key, GATE_NOT_FREE))
             return true;
         if (!toInt(value, number))
-            return bad_value(value);
+            return bad_value(key, value);
         _userClassType = number;
         _hasUserClasses = true;
     }
@@ -463,7 +538,7 @@ bool NewJournalFile::read_input_keyword(const std::string& key, const std::strin
         for (const std::string& item : splitList(value))
         {
             if (!toInt(item, number))
-                return bad_value(value);
+                return bad_value(key, value);
             _userClassFacies.push_back(number);
         }
         _hasUserClasses = true;
@@ -483,7 +558,7 @@ bool NewJournalFile::read_input_keyword(const std::string& key, const std::strin
         {
             double real = 0.;
             if (!toReal(item, real))
-                return bad_value(value);
+                return bad_value(key, value);
             list.push_back(real);
         }
         _hasUserClasses = true;
@@ -493,7 +568,7 @@ bool NewJournalFile::read_input_keyword(const std::string& key, const std::strin
     else if (key == "BASEMENT_FACIES")
     {
         if (!toInt(value, number))
-            return bad_value(value);
+            return bad_value(key, value);
         _basementFacies = number;
     }
     else if (key == "FLATTENING_FILE")
@@ -516,19 +591,19 @@ bool NewJournalFile::read_output_keyword(const std::string& key, const std::stri
     else if (key == "F2G_IT")
     {
         if (!toInt(value, number) || number <= 0)
-            return bad_value(value);
+            return bad_value(key, value);
         _f2gIt = number;
     }
     else if (key == "F2G_ZBOT" || key == "F2G_ZTOP")
     {
         if (!toReal(value, real))
-            return bad_value(value);
+            return bad_value(key, value);
         (key == "F2G_ZBOT" ? _f2gZbot : _f2gZtop) = real;
     }
     else if (key == "F2G_DZ")
     {
         if (!toReal(value, real))
-            return bad_value(value);
+            return bad_value(key, value);
         if (real <= 0.)
             return fail("Wrong F2G_DZ value (must be > 0.)");
         _f2gDz = real;
@@ -536,7 +611,7 @@ bool NewJournalFile::read_output_keyword(const std::string& key, const std::stri
     else if (key == "F2G_FACIES" || key == "F2G_GRAIN" || key == "F2G_AGE")
     {
         if (!toFlag(value, flag))
-            return bad_value(value);
+            return bad_value(key, value);
         (key == "F2G_FACIES" ? _f2gFacies : key == "F2G_GRAIN" ? _f2gGrain : _f2gAge) = flag;
     }
     else if (key == "F2G_ORDER")
@@ -548,7 +623,7 @@ bool NewJournalFile::read_output_keyword(const std::string& key, const std::stri
     else if (key == "SLICE_Z")
     {
         if (!toReal(value, real))
-            return bad_value(value);
+            return bad_value(key, value);
         _sliceZ.push_back(real);
     }
     else if (key == "SLICE_FILE")
@@ -560,7 +635,7 @@ bool NewJournalFile::read_output_keyword(const std::string& key, const std::stri
     else if (key == "HISTO_DZ")
     {
         if (!toReal(value, real))
-            return bad_value(value);
+            return bad_value(key, value);
         if (real <= 0.)
             return fail("Wrong HISTO_DZ or HISTO_NZ value (must be > 0.)");
         _histoDz = real;
@@ -568,7 +643,7 @@ bool NewJournalFile::read_output_keyword(const std::string& key, const std::stri
     else if (key == "HISTO_NZ")
     {
         if (!toInt(value, number))
-            return bad_value(value);
+            return bad_value(key, value);
         if (number <= 0)
             return fail("Wrong HISTO_DZ or HISTO_NZ value (must be > 0.)");
         _histoNz = number;
@@ -605,7 +680,7 @@ bool NewJournalFile::read_stats_keyword(const std::string& key, const std::strin
         if (!allowed(key, GATE_RESEARCH))
             return true;
         if (!toInt(value, number) || number <= 0)
-            return bad_value(value);
+            return bad_value(key, value);
         (key == "STATS_IT" ? _statsIt : _statsAv) = number;
     }
     else if (key == "STATS_PROPS" || key == "STATS_CL")
@@ -613,12 +688,56 @@ bool NewJournalFile::read_stats_keyword(const std::string& key, const std::strin
         if (!allowed(key, GATE_RESEARCH))
             return true;
         if (!toFlag(value, flag))
-            return bad_value(value);
+            return bad_value(key, value);
         (key == "STATS_PROPS" ? _statsProps : _statsCl) = flag;
     }
     else
         known = false;
     return true;
+}
+
+std::string NewJournalFile::global_suggestion(const std::string& key) const
+{
+    static const std::vector<std::string> KEYWORDS = {"VERBOSE",
+                                                      "TRACE_LEVEL",
+                                                      "USE_TURBIDITE",
+                                                      "FORCE_SIMU",
+                                                      "WELL_FILE",
+                                                      "WELL_TRAJ",
+                                                      "WELL_NAME",
+                                                      "USER_CLASS_TYPE",
+                                                      "USER_CLASS_FAC_ID",
+                                                      "USER_CLASS_ATT",
+                                                      "USER_CLASS_MIN_ITV",
+                                                      "USER_CLASS_MAX_ITV",
+                                                      "BASEMENT_TOPO",
+                                                      "BASEMENT_FACIES",
+                                                      "FLATTENING_FILE",
+                                                      "F2G_FILE",
+                                                      "F2G_IT",
+                                                      "F2G_ZBOT",
+                                                      "F2G_ZTOP",
+                                                      "F2G_DZ",
+                                                      "F2G_FACIES",
+                                                      "F2G_GRAIN",
+                                                      "F2G_AGE",
+                                                      "F2G_ORDER",
+                                                      "STATS_FILE",
+                                                      "STATS_CL_FILE",
+                                                      "STATS_COND_FILE",
+                                                      "STATS_IT",
+                                                      "STATS_AV",
+                                                      "STATS_PROPS",
+                                                      "STATS_CL",
+                                                      "SLICE_Z",
+                                                      "SLICE_FILE",
+                                                      "TOPO_FILE",
+                                                      "HISTO_FILE",
+                                                      "HISTO_DZ",
+                                                      "HISTO_NZ",
+                                                      "EXP_WELL",
+                                                      "PNG_DIR"};
+    return journal_support::suggestion(key, KEYWORDS);
 }
 
 bool NewJournalFile::read_extracted_well(const std::string& value, const std::string& line)
@@ -627,7 +746,8 @@ bool NewJournalFile::read_extracted_well(const std::string& value, const std::st
     const std::vector<std::string> fields = splitList(value);
     if (fields.size() < 4)
     {
-        tracer->warning("Bad formated line for EXP_WELL ignored: " + line);
+        tracer->warning("Bad formated line for EXP_WELL ignored: " + line +
+                        journal_support::where(_batchFile, _keyLine));
         return true;
     }
     ExtractedWell well{0, 0, MP_UNDEF_REAL, MP_UNDEF_REAL};
@@ -635,7 +755,8 @@ bool NewJournalFile::read_extracted_well(const std::string& value, const std::st
     const bool zmaxOk = fields[3].empty() || toReal(fields[3], well.zmax);
     if (!toInt(fields[0], well.i) || !toInt(fields[1], well.j) || !zminOk || !zmaxOk)
     {
-        tracer->warning("Bad formated values for EXP_WELL ignored: " + line);
+        tracer->warning("Bad formated values for EXP_WELL ignored: " + line +
+                        journal_support::where(_batchFile, _keyLine));
         return true;
     }
     _extractedWells.push_back(well);
@@ -890,7 +1011,8 @@ bool NewJournalFile::load_flattening()
     Topo topo;
     if (!topo.read(_flatteningFile))
     {
-        tracer->error("Cannot read flattening surface from input file: " + _flatteningFile);
+        tracer->error("Cannot read flattening surface from input file: " + _flatteningFile + "\n" +
+                      journal_support::grid_reason(topo.getError()));
         return false;
     }
     if (!_simulator->loadFlattening(topo))
@@ -901,12 +1023,8 @@ bool NewJournalFile::load_flattening()
     return true;
 }
 
-bool NewJournalFile::load_user_classes()
+bool NewJournalFile::make_user_classes(UserClassList& classes) const
 {
-    if (!_hasUserClasses)
-        return true;
-    iTracer* tracer = _simulator->getTracer();
-    UserClassList classes;
     for (size_t k = 0; k < _userClassFacies.size(); ++k)
     {
         const bool discrete = _userClassType == USER_CLASS_DISCRETE;
@@ -915,10 +1033,21 @@ bool NewJournalFile::load_user_classes()
                          discrete ? MP_UNDEF_REAL : _userClassMin[k],
                          discrete ? MP_UNDEF_REAL : _userClassMax[k], message))
         {
-            tracer->error("Error adding user class: " + message);
+            _simulator->getTracer()->error("Error adding user class: " + message);
             return false;
         }
     }
+    return true;
+}
+
+bool NewJournalFile::load_user_classes()
+{
+    if (!_hasUserClasses)
+        return true;
+    iTracer* tracer = _simulator->getTracer();
+    UserClassList classes;
+    if (!make_user_classes(classes))
+        return false;
     if (!_simulator->setUserClassList(classes))
     {
         tracer->error("Error loading user classes");
@@ -977,7 +1106,8 @@ bool NewJournalFile::load_basement()
     Topo topo;
     if (!topo.read(_basementTopo))
     {
-        tracer->error("Cannot read basement topography from input file: " + _basementTopo);
+        tracer->error("Cannot read basement topography from input file: " + _basementTopo + "\n" +
+                      journal_support::grid_reason(topo.getError()));
         return false;
     }
     const int facies = is_set(_basementFacies) ? _basementFacies : 0;
@@ -999,7 +1129,14 @@ int NewJournalFile::launch()
     {
         if (!createOutputFolders())
             return MP_STATUS_FAILURE;
-        int status = initialize();
+        // A first sequence that sets the grid builds the model once its
+        // parameters are applied, so that the global surfaces and extracted
+        // wells meet the grid they are for; otherwise the model is built now.
+        int status = MP_STATUS_OK;
+        if (!set_type_and_tracer())
+            status = MP_STATUS_FAILURE;
+        else if (_sequences.empty() || _sequences.front().loadsSnapshot() || !_sequences.front().setsGrid())
+            status = buildModel();
         if (status != MP_STATUS_OK)
         {
             tracer->error("Problem with simulator action: launch");
@@ -1017,7 +1154,15 @@ int NewJournalFile::launch()
     }
     catch (const std::string& text)
     {
-        tracer->error("Problem with simulator action: launch\n" + text);
+        // An internal check's text ("... failed at [file, line: n]") means
+        // nothing to the user: it is kept for the debug level.
+        const bool internal = text.find(" failed at [") != std::string::npos;
+        tracer->error(
+            "Problem with simulator action: launch\n" +
+            (internal ? std::string("an internal check of the simulation failed (TRACE_LEVEL = 5 shows it)")
+                      : text));
+        if (internal)
+            tracer->debug(text);
         return MP_STATUS_FAILURE;
     }
     catch (const std::exception& e)

@@ -17,6 +17,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <cmath>
 #include <filesystem>
 #include <istream>
 #include <sstream>
@@ -47,7 +48,8 @@ std::string nexus_text(const std::vector<double>& values)
 } // namespace
 
 NewJournalSequence::NewJournalSequence(iSimulator* simulator)
-    : _simulator(simulator), _directory("."), _index(0), _first(false), _zulKnown(false)
+    : _simulator(simulator), _registry(nullptr), _lineNumber(0), _directory("."), _index(0), _first(false),
+      _zulKnown(false)
 {
     reset();
 }
@@ -55,6 +57,7 @@ NewJournalSequence::NewJournalSequence(iSimulator* simulator)
 void NewJournalSequence::reset()
 {
     _failed = false;
+    _keyLines.clear();
     _launchIt = MP_UNDEF_INT;
     _hasTopo = false;
     _topoFile.clear();
@@ -100,6 +103,13 @@ void NewJournalSequence::reset()
     _userParams.clear();
 }
 
+bool NewJournalSequence::setsGrid() const
+{
+    return (_hasNexus && _nexusGrid == 1) || (_hasNeqsus && _neqsusGrid == 1) ||
+           std::any_of(_userParams.begin(), _userParams.end(),
+                       [](const auto& entry) { return entry.first.compare(0, 7, "DOMAIN_") == 0; });
+}
+
 bool NewJournalSequence::stopsWhenWellsHonored() const
 {
     const auto found = _userParams.find("COND_WELL_STOP_HONORED");
@@ -126,9 +136,13 @@ bool NewJournalSequence::load(std::istream& stream, std::string& line, int index
     _index = index;
     _first = first;
     tracer->info("Loading Sequence # " + int_text(index));
-    if (!journal_support::read_section(stream, line, tracer,
-                                       [this](const std::string& key, const std::string& value,
-                                              const std::string& text) { read_keyword(key, value, text); }))
+    if (!journal_support::read_section(
+            stream, line, _lineNumber, tracer,
+            [this](const std::string& key, const std::string& value, const std::string& text, int number)
+            {
+                _keyLines[key] = number;
+                read_keyword(key, value, text);
+            }))
         return false;
     if (_hasEmapFile && _zulType == ZUL_STRATIGRAPHIC)
     {
@@ -173,28 +187,76 @@ bool NewJournalSequence::allowed_group(const std::string& key) const
     return true;
 }
 
+std::string NewJournalSequence::at(const std::string& key) const
+{
+    const auto found = _keyLines.find(key);
+    return journal_support::where(_source, found == _keyLines.end() ? 0 : found->second);
+}
+
+bool NewJournalSequence::refuse(const std::string& message)
+{
+    _simulator->getTracer()->error(message);
+    _failed = true;
+    return false;
+}
+
+bool NewJournalSequence::bad_value(const std::string& key, const std::string& value,
+                                   const std::string& reason)
+{
+    return refuse("Bad formated value for " + key + " = " + value + ": " + reason + at(key));
+}
+
 bool NewJournalSequence::read_int(const std::string& key, const std::string& value, int& target)
 {
-    if (NewJournalFile::toInt(value, target))
-        return true;
-    _simulator->getTracer()->warning("Bad formated value for " + key);
-    return false;
+    return NewJournalFile::toInt(value, target) || bad_value(key, value, "an integer is expected");
 }
 
 bool NewJournalSequence::read_real(const std::string& key, const std::string& value, double& target)
 {
-    if (NewJournalFile::toReal(value, target))
-        return true;
-    _simulator->getTracer()->warning("Bad formated value for " + key);
-    return false;
+    return NewJournalFile::toReal(value, target) || bad_value(key, value, "a number is expected");
 }
 
 bool NewJournalSequence::read_flag(const std::string& key, const std::string& value, int& target)
 {
-    if (NewJournalFile::toFlag(value, target))
-        return true;
-    _simulator->getTracer()->warning("Bad formated value for " + key);
-    return false;
+    return NewJournalFile::toFlag(value, target) || bad_value(key, value, "0 or 1 is expected");
+}
+
+// Whether the registry knows `key` and the value suits its type; the ranges
+// are checked with the whole batch in view (checkAgainst).
+bool NewJournalSequence::read_parameter(const std::string& key, const std::string& value)
+{
+    const iParameters* registry = _registry ? _registry : _simulator->getParameters();
+    double real = 0.;
+    const bool number = NewJournalFile::toReal(value, real);
+    if (registry->getParamMinDouble(key) == MP_UNDEF_REAL && registry->getParamMinInt(key) != MP_UNDEF_INT)
+    {
+        if (!number || std::floor(real) != real || real < INT_MIN ||
+            real >= static_cast<double>(INT_MAX) + 1.)
+            return bad_value(key, value, "an integer is expected");
+    }
+    else if (registry->getParamMinDouble(key) == MP_UNDEF_REAL)
+    {
+        if (registry->getParamString(key) != MP_UNDEF_STRING)
+            return refuse(key + " cannot be set in a sequence" + at(key));
+        std::vector<std::string> names = journal_support::parameter_names(registry);
+        if (std::find(names.begin(), names.end(), key) == names.end())
+        {
+            names.insert(names.end(),
+                         {"LAUNCH_IT",      "NEW_TOPO",    "NEW_TOPO_MODE", "NEW_TOPO_FACIES", "NEW_CL_FILE",
+                          "NEW_CL_POINT",   "ZUL_FILE",    "ZUL_TOPO",      "ZUL_TYPE",        "EMAP_FILE",
+                          "EMAP_OFFSET",    "TECTO_FILE",  "SNAP_LOAD_DIR", "SNAP_SAVE_DIR",   "NEXUS_HMAX",
+                          "NEXUS_ISBX",     "NEXUS_SAND",  "NEXUS_GRID",    "NEQSUS_HMAX",     "NEQSUS_ISBX",
+                          "NEQSUS_SAND",    "NEQSUS_GRID", "ERASE_FACIES",  "ERASE_FACIES_FK", "SED_LOAD_VOL",
+                          "BANK_EROD_COEFF"});
+            return refuse("Unknown parameter :" + key + at(key) + journal_support::suggestion(key, names));
+        }
+        if (!number || (real != 0. && real != 1.))
+            return bad_value(key, value, "0 or 1 is expected");
+    }
+    else if (!number)
+        return bad_value(key, value, "a number is expected");
+    _userParams[key] = real;
+    return true;
 }
 
 bool NewJournalSequence::read_keyword(const std::string& key, const std::string& value,
@@ -211,11 +273,7 @@ bool NewJournalSequence::read_keyword(const std::string& key, const std::string&
         return ok;
     if (!allowed_group(key))
         return true;
-    double real = 0.;
-    if (!read_real(key, value, real))
-        return false;
-    _userParams[key] = real;
-    return true;
+    return read_parameter(key, value);
 }
 
 bool NewJournalSequence::read_action_keyword(const std::string& key, const std::string& value,
@@ -229,10 +287,7 @@ bool NewJournalSequence::read_action_keyword(const std::string& key, const std::
         if (!read_int(key, value, number))
             return false;
         if (number < -1)
-        {
-            tracer->warning("Bad formated value for " + key);
-            return false;
-        }
+            return bad_value(key, value, "-1 or a positive count is expected");
         _launchIt = number;
     }
     else if (key == "LAUNCH_ZUL")
@@ -265,11 +320,9 @@ bool NewJournalSequence::read_action_keyword(const std::string& key, const std::
         double x = 0.;
         double y = 0.;
         std::string rest;
-        if (!(in >> x >> y) || (in >> rest))
-        {
-            tracer->warning("Bad formated line for NEW_CL_POINT ignored: " + line);
-            return false;
-        }
+        if (!(in >> x >> y) || (in >> rest) || !std::isfinite(x) || !std::isfinite(y))
+            return refuse("Bad formated line for NEW_CL_POINT: " + line +
+                          ": two coordinates x y are expected" + at(key));
         _hasClPoint = true;
         _clX = x;
         _clY = y;
@@ -344,10 +397,8 @@ bool NewJournalSequence::read_action_keyword(const std::string& key, const std::
             if (NewJournalFile::toInt(item, number))
                 volumes.push_back(number);
         if (items.size() != NB_SED_CLASSES || volumes.size() != NB_SED_CLASSES)
-        {
-            tracer->warning("Bad formated line for SED_LOAD_VOL ignored: " + line);
-            return false;
-        }
+            return refuse("Bad formated line for SED_LOAD_VOL: " + line + ": " + int_text(NB_SED_CLASSES) +
+                          " integer percentages separated by ';' are expected" + at(key));
         _sedVolumes = volumes;
     }
     else
@@ -477,6 +528,20 @@ int NewJournalSequence::fail(const std::string& message, int status)
     return status;
 }
 
+// The simulator's reason follows the failure; an internal check's text
+// ("... failed at [file, line: n]") means nothing to the user and is only
+// shown at debug level.
+int NewJournalSequence::fail_with_reason(const std::string& message)
+{
+    iTracer* tracer = _simulator->getTracer();
+    const std::string reason = _simulator->getLastMessage();
+    const bool internal = reason.find(" failed at [") != std::string::npos;
+    tracer->error(message + (reason.empty() || internal ? "" : "\n" + reason));
+    if (internal)
+        tracer->debug(reason);
+    return MP_STATUS_FAILURE;
+}
+
 int NewJournalSequence::launch(NewJournalFile* file)
 {
     iTracer* tracer = _simulator->getTracer();
@@ -506,7 +571,7 @@ int NewJournalSequence::launch(NewJournalFile* file)
 int NewJournalSequence::prepare(NewJournalFile* file)
 {
     if (!_snapLoadDir.empty() && !_simulator->load(_snapLoadDir))
-        return fail("Error loading snapshot");
+        return fail_with_reason("Error loading snapshot");
     int status = apply_inference();
     if (status == MP_STATUS_OK)
         status = apply_parameters();
@@ -644,15 +709,16 @@ int NewJournalSequence::check_consistency(NewJournalFile* file)
         tracer->warning("Ignoring consistency warnings... Batch continues!");
 
     // Before the first iteration a new grid size still takes effect: the model is rebuilt on it.
-    const bool regrid =
-        _simulator->getAge() == 0 &&
-        ((_hasNexus && _nexusGrid == 1) || (_hasNeqsus && _neqsusGrid == 1) ||
-         std::any_of(_userParams.begin(), _userParams.end(),
-                     [](const auto& entry) { return entry.first.compare(0, 7, "DOMAIN_") == 0; }));
+    const bool regrid = _simulator->getAge() == 0 && setsGrid();
     if (_simulator->ready(false) && !regrid)
         return MP_STATUS_OK;
     if (file)
-        return file->buildModel();
+    {
+        const int built = file->buildModel();
+        if (built != MP_STATUS_OK)
+            tracer->error("Problem with simulator action: launch");
+        return built;
+    }
     const int init = _simulator->init(force);
     if (init != MP_STATUS_OK)
         tracer->error("Problem with simulator action: init");
@@ -701,7 +767,8 @@ int NewJournalSequence::load_erodibility()
     EMap map;
     std::string detail;
     if (!map.read(_emapFile))
-        detail = "Cannot read erodibility map from input file: " + _emapFile;
+        detail = "Cannot read erodibility map from input file: " + _emapFile + "\n" +
+                 journal_support::grid_reason(map.getError());
     else
     {
         // The simulator converts the map itself; a trial conversion names the file whose values
@@ -726,9 +793,10 @@ int NewJournalSequence::load_tectonics()
         return MP_STATUS_OK;
     TectoMap map;
     if (!map.read(_tectoFile))
-        return fail("Cannot read tectonic deformation map from input file: " + _tectoFile);
+        return fail("Cannot read tectonic deformation map from input file: " + _tectoFile + "\n" +
+                    journal_support::grid_reason(map.getError()));
     if (!_simulator->loadTectoMap(map))
-        return fail("Error loading tectonic deformation map from file: " + _tectoFile);
+        return fail_with_reason("Error loading tectonic deformation map from file: " + _tectoFile);
     return MP_STATUS_OK;
 }
 
@@ -742,14 +810,15 @@ int NewJournalSequence::replace_topography()
     if (_topoFile.empty())
     {
         if (!_simulator->replaceTopoFromCst(_topoValue, mode, facies, !_first))
-            return fail("Error replacing topography by a constant value");
+            return fail_with_reason("Error replacing topography by a constant value");
         return MP_STATUS_OK;
     }
     Topo topo;
     if (!topo.read(_topoFile))
-        return fail("Cannot read topography from input file: " + _topoFile);
+        return fail("Cannot read topography from input file: " + _topoFile + "\n" +
+                    journal_support::grid_reason(topo.getError()));
     if (!_simulator->replaceTopo(topo, mode, facies, !_first))
-        return fail("Error replacing topography from file: " + _topoFile);
+        return fail_with_reason("Error replacing topography from file: " + _topoFile);
     return MP_STATUS_OK;
 }
 
@@ -765,9 +834,10 @@ int NewJournalSequence::load_upper_limit()
     {
         Topo topo;
         if (!topo.read(_zulFile))
-            return fail("Cannot read upper limit topography from input file: " + _zulFile);
+            return fail("Cannot read upper limit topography from input file: " + _zulFile + "\n" +
+                        journal_support::grid_reason(topo.getError()));
         if (!_simulator->loadUpperLimit(topo, type))
-            return fail("Error loading upper limit topography from file: " + _zulFile);
+            return fail_with_reason("Error loading upper limit topography from file: " + _zulFile);
     }
     else if (is_set(_zulType))
         _simulator->getParameters()->setParamInt("ZUL_TYPE", _zulType);
@@ -783,15 +853,16 @@ int NewJournalSequence::replace_centerline()
     {
         Centerline centerline;
         if (!centerline.read(_clFile))
-            return fail("Cannot read centerline from input file: " + _clFile);
+            return fail("Cannot read centerline from input file: " + _clFile + "\n" +
+                        centerline.get_message());
         if (!_simulator->replaceCenterline(centerline, !_first))
-            return fail("Error replacing centerline from file: " + _clFile);
+            return fail_with_reason("Error replacing centerline from file: " + _clFile);
     }
     if (_hasClPoint)
     {
         const Point2D point(_clX, _clY);
         if (!_simulator->replaceCenterlineFromPoint(point, !_first))
-            return fail("Error replacing centerline from point: " + point.debug());
+            return fail_with_reason("Error replacing centerline from point: " + point.debug());
     }
     return MP_STATUS_OK;
 }

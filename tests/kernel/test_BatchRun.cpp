@@ -2,6 +2,8 @@
 // bad ones give the reader's messages and statuses and never crash.
 #include "kernel/NewJournalFile.h"
 
+#include "kernel/GridReal.h"
+
 #include "TestSupport.h"
 #include "interface/iParameters.h"
 #include "interface/iSimulator.h"
@@ -213,6 +215,60 @@ TEST(BatchRun, BadFilesAreRefusedWithTheirMessage)
         EXPECT_TRUE(traced("is not writable"));
         ::chmod(locked.c_str(), 0700);
     }
+}
+
+TEST(BatchRun, MistakesOfLaterSequencesAreRefusedBeforeAnyRun)
+{
+    TempDir dir;
+    const std::string out = dir.file("out");
+    std::filesystem::create_directories(out);
+    write_file(dir.file("one.txt"), "N_DIMENSIONS = 2\nN_POINTS = 1\nN_VARIABLES = 0\n~Ascii\n250 100\n");
+    write_file(dir.file("bad.f2g"), "F2G_DIM 2\nF2G_NX 3\n");
+    GridReal small(10., 10., 50, 40);
+    small.fill(2.);
+    ASSERT_TRUE(small.write(dir.file("flat.f2g"), nullptr, GRID_FORMAT_F2G));
+    const std::string later = "[NEW_SEQ]\nLAUNCH_IT = 5\n";
+    const std::vector<std::pair<std::string, std::string>> cases = {
+        {SMALL_SEQUENCE + later + "NEW_TOPO = bad.f2g\n", "Cannot read topography from input file: "},
+        {SMALL_SEQUENCE + later + "NEW_CL_FILE = one.txt\n", "has 1 point(s): a channel needs at least 2"},
+        {SMALL_SEQUENCE + later + "CHNL_WIDTH = 30m\n", "Bad formated value for CHNL_WIDTH = 30m"},
+        {SMALL_SEQUENCE + later + "CHNL_WIDHT = 30\n", "did you mean CHNL_WIDTH?"},
+        {SMALL_SEQUENCE + later + "DOMAIN_NX = 40.9\n", "an integer is expected"},
+        {SMALL_SEQUENCE + later + "ZUL_FILE = flat.f2g\nDOMAIN_NX = 60\n", "the grid cannot change"},
+        {"EXP_WELL = -1; 0; ;\n" + SMALL_SEQUENCE, "Extract well indices [-1, 0] out of range [49, 39]"},
+    };
+    for (const auto& entry : cases)
+    {
+        const Outcome outcome = run_batch(dir, global_section(out) + entry.first);
+        EXPECT_FALSE(outcome.loaded) << entry.first;
+        EXPECT_TRUE(traced(entry.second)) << entry.first << g_trace;
+        EXPECT_FALSE(traced("failed at [")) << g_trace;
+    }
+    // A centerline spoiled between load and launch is refused in the user's terms, not the program's.
+    write_file(dir.file("cl.txt"),
+               "N_DIMENSIONS = 2\nN_POINTS = 2\nN_VARIABLES = 0\n~Ascii\n250 0\n250 390\n");
+    write_file(dir.file("run.bat"), global_section(out) + SMALL_SEQUENCE + "NEW_CL_FILE = cl.txt\n");
+    {
+        SimPtr sim = quiet_simulator();
+        NewJournalFile file(sim.get());
+        ASSERT_TRUE(file.load(dir.file("run.bat"))) << g_trace;
+        write_file(dir.file("cl.txt"), "N_DIMENSIONS = 2\nN_POINTS = 1\nN_VARIABLES = 0\n~Ascii\n250 100\n");
+        EXPECT_NE(file.launch(), MP_STATUS_OK);
+        EXPECT_TRUE(traced("##  ERROR  ## : ")) << g_trace;
+        EXPECT_FALSE(traced("failed at [")) << g_trace;
+    }
+    // A step too fine for the block's own range is known only at the end: the export says so, the run fails.
+    const Outcome fine = run_batch(dir, "[GLOBAL]\nF2G_FILE = " + out +
+                                            "/fine.f2g\nF2G_DZ = 1e-300\nF2G_FACIES = 1\n" + SMALL_SEQUENCE);
+    ASSERT_TRUE(fine.loaded) << g_trace;
+    EXPECT_NE(fine.status, MP_STATUS_OK);
+    EXPECT_TRUE(traced("more than can be held")) << g_trace;
+    EXPECT_FALSE(std::filesystem::exists(out + "/fine.f2g"));
+    // A flattening surface on the grid the sequence sets is used; on the default grid it would not cover.
+    const Outcome flat =
+        run_batch(dir, global_section(out) + "FLATTENING_FILE = flat.f2g\n" + SMALL_SEQUENCE);
+    ASSERT_TRUE(flat.loaded) << g_trace;
+    EXPECT_EQ(flat.status, MP_STATUS_OK) << g_trace;
 }
 
 TEST(BatchRun, AnExportLostAfterTheRunIsReported)

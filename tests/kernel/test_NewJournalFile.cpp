@@ -33,11 +33,26 @@ bool load_batch(FakeSimulator& sim, const TempDir& dir, const std::string& conte
     return file.load(dir.file("run.bat"));
 }
 
+// A surface that covers the default grid of either simulation type.
 void write_f2g(const std::string& path, double value)
 {
-    GridReal grid(10., 10., 5, 4);
+    GridReal grid(20000., 20000., 4, 3);
     grid.fill(value);
     ASSERT_TRUE(grid.write(path, nullptr, GRID_FORMAT_F2G));
+}
+
+// A surface of nx x ny nodes 10 m apart, the spacing of the default fluvial grid.
+void write_surface(const std::string& path, int nx, int ny, double value)
+{
+    GridReal grid(10., 10., nx, ny);
+    grid.fill(value);
+    ASSERT_TRUE(grid.write(path, nullptr, GRID_FORMAT_F2G));
+}
+
+void write_centerline(const std::string& path, const std::string& points, int count)
+{
+    write_file(path, "N_DIMENSIONS = 2\nN_POINTS = " + std::to_string(count) + "\nN_VARIABLES = 0\n~Ascii\n" +
+                         points);
 }
 
 } // namespace
@@ -321,6 +336,16 @@ TEST(NewJournalFile, LaunchCallsTheSimulatorInOrder)
     Core core;
     ASSERT_TRUE(core.read(dir.file("EXP_WELL1_2.flw")));
     EXPECT_EQ(core.size(), 2);
+
+    // A first sequence that sets the grid has the model built once, on that grid.
+    FakeSimulator regrid;
+    write_file(dir.file("grid.bat"),
+               "[GLOBAL]\nF2G_DZ = 1\nF2G_FACIES = 1\n[NEW_SEQ]\nDOMAIN_NX = 40\nLAUNCH_IT = 3\n");
+    NewJournalFile gridFile(&regrid);
+    ASSERT_TRUE(gridFile.load(dir.file("grid.bat")));
+    ASSERT_EQ(gridFile.launch(), 0) << trace_text();
+    EXPECT_EQ(regrid.names(), (std::vector<std::string>{"checkConsistency", "init", "newSequence", "run",
+                                                        "endSequence", "saveSimuF2G"}));
 }
 
 TEST(NewJournalFile, InitializeBuildsTheModel)
@@ -362,17 +387,10 @@ TEST(NewJournalFile, InitializeBuildsTheModel)
     const std::vector<Case> cases = {
         {"F2G_DZ = 1\nF2G_FACIES = 1\n", "init", "Problem with simulator action: init"},
         {"EXP_WELL = 5;0;;\n", "", "Extract well indices [5, 0] out of range [4, 3]"},
-        {"EXP_WELL = 0;-1;;\n", "", "Extract well indices [0, -1] out of range [4, 3]"},
-        {"FLATTENING_FILE = bad.f2g\nF2G_DZ = 1\nF2G_FACIES = 1\n", "",
-         "Cannot read flattening surface from input file: " + dir.file("bad.f2g")},
         {"FLATTENING_FILE = flat.f2g\nF2G_DZ = 1\nF2G_FACIES = 1\n", "loadFlattening",
          "Error loading flattening surface from file: " + dir.file("flat.f2g")},
-        {"USER_CLASS_TYPE = 2\nUSER_CLASS_FAC_ID = 99\nUSER_CLASS_ATT = a\nF2G_DZ = 1\nF2G_FACIES = 1\n", "",
-         "Error adding user class: "},
         {"USER_CLASS_TYPE = 2\nUSER_CLASS_FAC_ID = 1\nUSER_CLASS_ATT = a\nF2G_DZ = 1\nF2G_FACIES = 1\n",
          "setUserClassList", "Error loading user classes"},
-        {"BASEMENT_TOPO = ascii.txt\nF2G_DZ = 1\nF2G_FACIES = 1\n", "",
-         "Basement topography file must be F2G format: " + dir.file("ascii.txt")},
         {"BASEMENT_TOPO = base.f2g\nF2G_DZ = 1\nF2G_FACIES = 1\n", "replaceTopo",
          "Cannot load basement topography from input file: " + dir.file("base.f2g")},
     };
@@ -597,6 +615,130 @@ TEST(NewJournalFile, PreviewsAreSavedLastWithTheSliceHeights)
     FakeSimulator refused;
     EXPECT_FALSE(load_batch(refused, dir, std::string("[GLOBAL]\nPNG_DIR = plain/sub\n") + SEQUENCE));
     EXPECT_TRUE(traced("PNG_DIR " + dir.file("plain/sub") + " is not writable"));
+}
+
+TEST(NewJournalFile, WhatTheBatchFileIs)
+{
+    TempDir dir;
+    write_file(dir.file("binary.bat"), std::string("[GLOBAL]\0\x01\x02", 12));
+    const std::vector<std::pair<std::string, std::string>> refused = {
+        {dir.file("absent.bat"), "no such file"},
+        {dir.path().string(), "is a directory"},
+        {"/dev/zero", "not a text file"},
+        {dir.file("binary.bat"), "not a text file"},
+    };
+    for (const auto& entry : refused)
+    {
+        FakeSimulator sim;
+        NewJournalFile file(&sim);
+        EXPECT_FALSE(file.load(entry.first)) << entry.first;
+        EXPECT_TRUE(traced("##  ERROR  ## : Error opening batch file: " + entry.first + ": " + entry.second))
+            << trace_text();
+    }
+    // A byte-order mark, Windows line ends and comments after the markers are accepted.
+    FakeSimulator sim;
+    EXPECT_TRUE(load_batch(sim, dir,
+                           "\xEF\xBB\xBF[GLOBAL] # exports\r\nF2G_DZ = 1\r\nF2G_FACIES = 1\r\n"
+                           "[NEW_SEQ] # first\r\nLAUNCH_IT = 10\r\n[NEW_SEQ]#second\r\nLAUNCH_IT = 2\r\n"))
+        << trace_text();
+    EXPECT_FALSE(load_batch(sim, dir, "F2G_DZ = 1\n[GLOBAL]\n"));
+    EXPECT_TRUE(traced("Missing [GLOBAL] section: the file must start with it, not with F2G_DZ = 1"));
+}
+
+TEST(NewJournalFile, WholeBatchIsCheckedAtLoad)
+{
+    TempDir dir;
+    write_surface(dir.file("small.f2g"), 40, 30, 5.);
+    write_surface(dir.file("full.f2g"), 251, 201, 5.);
+    write_surface(dir.file("huge.f2g"), 40, 30, -1e35);
+    write_surface(dir.file("deep.f2g"), 40, 30, -1e20);
+    write_surface(dir.file("high.f2g"), 40, 30, 1e9);
+    write_file(dir.file("bad.f2g"), "F2G_DIM 2\nnot a grid\n");
+    write_file(dir.file("ascii.txt"), "1 2 3\n");
+    write_centerline(dir.file("one.txt"), "100 100\n", 1);
+    write_centerline(dir.file("away.txt"), "-900 -900\n-800 -900\n-700 -900\n", 3);
+    write_centerline(dir.file("cl.txt"), "200 0\n210 150\n200 290\n", 3);
+    std::filesystem::create_directory(dir.file("snap"));
+    write_file(dir.file("snap/params.txt"), "DOMAIN_NX=40\n");
+    write_file(dir.file("snap/simu.dat"), "x");
+    write_file(dir.file("snap/dyparams.txt"), "AGE -5\n");
+    const std::string exports = "F2G_DZ = 1\nF2G_FACIES = 1\n";
+    const std::string small = "[NEW_SEQ]\nDOMAIN_NX = 40\nDOMAIN_NY = 30\nLAUNCH_IT = 250\n";
+    const std::string bat = dir.file("run.bat");
+    struct Case
+    {
+        std::string content;
+        std::string message;
+    };
+    // Every row loads without its mistake; the mistake refuses the whole batch at load.
+    const std::vector<Case> cases = {
+        {small + "[NEW_SEQ]\nNEW_TOPO = bad.f2g\nLAUNCH_IT = 5\n",
+         "Cannot read topography from input file: " + dir.file("bad.f2g") + " (" + bat + ", line 9)"},
+        {small + "[NEW_SEQ]\nNEW_TOPO = huge.f2g\nLAUNCH_IT = 5\n",
+         "the value -1e+30 at node (0, 0) is not a usable value"},
+        {small + "NEW_TOPO = deep.f2g\n", "the elevation -1e+20 lies more than 10000 m from the reference"},
+        {"BASEMENT_TOPO = high.f2g\n" + small, "the elevation 1e+09 lies more than 10000 m"},
+        {small + "NEW_TOPO = 1e9\n", "NEW_TOPO = 1e+09 (" + bat + ", line 8): the elevation 1e+09 lies"},
+        {small + "EMAP_FILE = small.f2g\nEMAP_OFFSET = 5\n",
+         "Cannot convert erodibility map from input file: " + dir.file("small.f2g") + " (" + bat +
+             ", line 8)"},
+        {small + "ERASE_FACIES = -2e4\n", "ERASE_FACIES = -20000 (" + bat + ", line 8): the elevation"},
+        {"[NEW_SEQ]\nLAUNCH_IT = 5\nZUL_FILE = small.f2g\n",
+         "Cannot read upper limit topography from input file: " + dir.file("small.f2g")},
+        {"[NEW_SEQ]\nLAUNCH_IT = 5\nZUL_FILE = small.f2g\n", "it does not cover the grid (251 x 201 nodes"},
+        {small + "[NEW_SEQ]\nDOMAIN_NX = 50\nLAUNCH_IT = 5\n",
+         "DOMAIN_NX = 50 (" + bat + ", line 9): the grid cannot change once the simulation has started"},
+        {small + "[NEW_SEQ]\nNEXUS_HMAX = 4\nNEXUS_GRID = 1\nLAUNCH_IT = 5\n",
+         "Nexus cannot update grid (simulation is started, please use NEXUS_GRID = 0)"},
+        {"[NEW_SEQ]\nNEXUS_SAND = 2\nLAUNCH_IT = 5\n", "Error calculating Nexus:"},
+        {small + "[NEW_SEQ]\nCHNL_WIDTH = 3000\nLAUNCH_IT = 5\n", "Following parameters are out of range:"},
+        {small + "[NEW_SEQ]\nCHNL_WIDTH = 3000\nLAUNCH_IT = 5\n", "CHNL_WIDTH is set (" + bat + ", line 9)"},
+        {small + "[NEW_SEQ]\nNEW_CL_FILE = one.txt\nLAUNCH_IT = 5\n",
+         "has 1 point(s): a channel needs at least 2"},
+        {small + "NEW_CL_FILE = away.txt\n",
+         "lies outside the domain: 0 of its 3 points are inside the grid"},
+        {small + "NEW_CL_POINT = 1000 100\n", "NEW_CL_POINT 1000 100 (" + bat + ", line 8) lies outside"},
+        {"[NEW_SEQ]\nSNAP_LOAD_DIR = snap\nLAUNCH_IT = 5\n", "does not hold an AGE that is a count"},
+        {"FLATTENING_FILE = small.f2g\n[NEW_SEQ]\nLAUNCH_IT = 5\n",
+         "Cannot read flattening surface from input file: " + dir.file("small.f2g")},
+        {"FLATTENING_FILE = bad.f2g\n" + small, "Cannot read flattening surface from input file: "},
+        {"USER_CLASS_TYPE = 2\nUSER_CLASS_FAC_ID = 99\nUSER_CLASS_ATT = a\n" + small,
+         "Error adding user class: "},
+        {"BASEMENT_TOPO = ascii.txt\n" + small,
+         "Basement topography file must be F2G format: " + dir.file("ascii.txt")},
+        {"EXP_WELL = -1; 0; ;\n" + small, "Extract well indices [-1, 0] out of range [39, 29]"},
+        {"EXP_WELL = 40; 0; ;\n" + small, "Extract well indices [40, 0] out of range [39, 29]"},
+        {"F2G_ZBOT = -1e9\nF2G_ZTOP = 1e9\n" + small, "would need 2e+09 levels"},
+        {"F2G_ZBOT = 0\nF2G_ZTOP = 10\nF2G_DZ = 1e-300\n" + small, "would need 1e+301 levels"},
+        {"F2G_ZBOT = 10\nF2G_ZTOP = 10\n" + small, "F2G_ZBOT (10) must be below F2G_ZTOP (10)"},
+        {"F2G_ZBOT = inf\n" + small, "Bad formatted value: inf for F2G_ZBOT (" + bat + ", line 4)"},
+    };
+    for (const Case& entry : cases)
+    {
+        FakeSimulator sim;
+        EXPECT_FALSE(load_batch(sim, dir, "[GLOBAL]\n" + exports + entry.content)) << entry.content;
+        EXPECT_TRUE(traced("##  ERROR  ## : ") && traced(entry.message)) << entry.content << trace_text();
+        EXPECT_TRUE(sim.calls.empty()) << entry.content;
+    }
+    // The grid the sequences set is the one the files are checked against.
+    const std::vector<std::string> accepted = {
+        "FLATTENING_FILE = small.f2g\n" + small,
+        "FLATTENING_FILE = full.f2g\n" + small,
+        "BASEMENT_TOPO = small.f2g\nEXP_WELL = 39; 29; ;\n" + small + "NEW_CL_FILE = cl.txt\n",
+        small + "[NEW_SEQ]\nNEW_TOPO = small.f2g\nZUL_FILE = full.f2g\nDOMAIN_NX = 40\nLAUNCH_IT = 5\n",
+        "FORCE_SIMU = 1\n" + small + "[NEW_SEQ]\nCHNL_WIDTH = 3000\nLAUNCH_IT = 5\n",
+        "F2G_ZBOT = -1e3\nF2G_ZTOP = 1e3\n" + small,
+    };
+    for (const std::string& content : accepted)
+    {
+        FakeSimulator sim;
+        EXPECT_TRUE(load_batch(sim, dir, "[GLOBAL]\n" + exports + content)) << content << trace_text();
+    }
+    // An unknown global keyword stays a warning, with its line and the nearest keyword.
+    FakeSimulator sim;
+    EXPECT_TRUE(load_batch(sim, dir, "[GLOBAL]\n" + exports + "F2G_DZZ = 1\n" + small));
+    EXPECT_TRUE(traced("#  WARNING  # : Unknown keyword: F2G_DZZ ignored... (" + bat +
+                       ", line 4), did you mean F2G_DZ?"));
 }
 
 TEST(NewJournalFile, NothingCrashesOnGarbage)
