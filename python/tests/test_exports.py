@@ -164,7 +164,7 @@ def test_grdecl_read_by_opm_matches_the_f2g_block(program_run, kind):
         (["VTK_FILE = output/b.vti", "TOPO_FILE = output/t.f2g", "STATS_IT = 10"], "VTK_FILE and GRDECL_FILE need F2G_DZ"),
         (BLOCK_LINES + ["GRDECL_FILE = output/b.grdecl", "GRDECL_PROPS = 2; 1.5; 10; 1"], "Wrong GRDECL_PROPS value"),
         (BLOCK_LINES + ["GRDECL_FILE = output/b.grdecl", "GRDECL_PROPS = 2; 0.2; 10"], "Bad formated line for GRDECL_PROPS"),
-        (BLOCK_LINES + ["GRDECL_FILE = missing/b.grdecl"], "GRDECL_FILE"),
+        (BLOCK_LINES + ["GRDECL_FILE = output/t.f2g", "TOPO_FILE = output/t.f2g"], "would both write the file"),
     ],
 )
 def test_export_keywords_refuse_bad_values(sarvo_exe, tmp_path, lines, message):

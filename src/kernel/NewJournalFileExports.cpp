@@ -31,7 +31,7 @@ bool NewJournalFile::read_export_keyword(const std::string& key, const std::stri
         row[0] = family;
         for (size_t k = 1; k < 4; ++k)
             if (!toReal(items[k], row[k]))
-                return bad_value(value);
+                return bad_value(key, value);
         if (!GrdeclWriter::is_valid(family, {row[1], row[2], row[3]}))
             return fail("Wrong GRDECL_PROPS value " + value +
                         " (family from 0 to 15, porosity from 0 to 1, permeabilities >= 0)");

@@ -12,9 +12,11 @@
 #include "kernel/Parameters.h"
 #include "kernel/Point2D.h"
 #include "kernel/Point3D.h"
+#include "kernel/SnapshotFolder.h"
 #include "kernel/TectoMap.h"
 #include "kernel/Topo.h"
 
+#include <algorithm>
 #include <cmath>
 #include <fstream>
 #include <sstream>
@@ -185,13 +187,21 @@ bool NewJournalSequence::checkAgainst(Parameters& registry, iTracer* quiet, bool
 
 bool NewJournalSequence::check_snapshot(Parameters& registry, bool& started)
 {
+    // A snapshot an earlier sequence saves holds the state reached here.
+    if (std::find(_savedBefore.begin(), _savedBefore.end(), _snapLoadDir) != _savedBefore.end())
+        return true;
+    // An interrupted save is taken from beside its name, as the load will.
+    std::string why;
+    std::string dir = SnapshotFolder::locate(_snapLoadDir, false, why);
+    if (dir.empty())
+        dir = _snapLoadDir;
     for (const char* name : {"/params.txt", "/simu.dat", "/dyparams.txt"})
-        if (!NewJournalFile::isReadable(_snapLoadDir + name))
+        if (!NewJournalFile::isReadable(dir + name))
             return refuse("Snapshot directory " + _snapLoadDir + " does not hold " + std::string(name + 1) +
                           at("SNAP_LOAD_DIR"));
-    if (!registry.read(_snapLoadDir + "/params.txt"))
+    if (!registry.read(dir + "/params.txt"))
         return refuse("Cannot read the parameters of snapshot " + _snapLoadDir + at("SNAP_LOAD_DIR"));
-    const long long age = snapshot_age(_snapLoadDir);
+    const long long age = snapshot_age(dir);
     if (age < 0)
         return refuse("Snapshot directory " + _snapLoadDir +
                       ": dyparams.txt does not hold an AGE that is a count of iterations (0 or more)" +

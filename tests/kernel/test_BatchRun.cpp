@@ -335,10 +335,14 @@ TEST(BatchRun, NoBatchWritesOverAFileOfTheUser)
     write_file(dir.file("results/earlier.f2g"), "earlier result\n");
     // An older snapshot of the user's, without a mark.
     write_file(dir.file("results/params.txt"), "");
+    write_file(dir.file("results/simu.dat"), "");
+    write_file(dir.file("results/dyparams.txt"), "AGE=0\n");
     std::filesystem::create_symlink(dir.file("topo_in.f2g"), dir.file("link.f2g"));
     const std::string f2g = "F2G_DZ = 0.5\nF2G_FACIES = 1\n";
-    const std::string seq = "[NEW_SEQ]\nLAUNCH_IT = 10\n";
-    const std::string topo_seq = "[NEW_SEQ]\nNEW_TOPO = topo_in.f2g\nLAUNCH_IT = 10\n";
+    // The grid of the surface, so that the surface itself is accepted.
+    const std::string seq = "[NEW_SEQ]\nDOMAIN_NX = 50\nDOMAIN_NY = 40\nLAUNCH_IT = 10\n";
+    const std::string topo_seq =
+        "[NEW_SEQ]\nDOMAIN_NX = 50\nDOMAIN_NY = 40\nNEW_TOPO = topo_in.f2g\nLAUNCH_IT = 10\n";
 
     struct Case
     {
