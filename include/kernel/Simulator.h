@@ -240,6 +240,9 @@ private:
     // throws into the failure "Simulator::<name> : <what it said>".
     template <typename Action> bool guardedAction(const std::string& name, Action action);
     bool notAvailable(const std::string& operation) const;
+    // Reads a surface or map for the domain: GSLIB and plain ascii files, which
+    // carry no geometry, are read on the domain's.
+    bool readSurface(GridReal& grid, const std::string& path) const;
     TimeProcessParamType processParams(const std::string& type, const std::string& period,
                                        const std::string& poisson) const;
     DistGenParamType distParams(const std::string& prefix) const;

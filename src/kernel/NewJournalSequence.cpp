@@ -46,6 +46,14 @@ std::string nexus_text(const std::vector<double>& values)
     return text;
 }
 
+// A surface of the batch is meant for the domain: files that carry no
+// geometry (GSLIB, plain ascii) are read on the domain's.
+bool read_surface(GridReal& grid, const std::string& path, const iSimulator* simulator)
+{
+    const iDomain* domain = simulator->getDomain();
+    return domain != nullptr ? grid.read_on(path, domain->getGridParams()) : grid.read(path);
+}
+
 } // namespace
 
 NewJournalSequence::NewJournalSequence(iSimulator* simulator)
@@ -693,7 +701,7 @@ int NewJournalSequence::load_erodibility()
         return fail("Error loading erodibility map");
     EMap map;
     std::string detail;
-    if (!map.read(_emapFile))
+    if (!read_surface(map, _emapFile, _simulator))
         detail = "Cannot read erodibility map from input file: " + _emapFile;
     else
     {
@@ -718,7 +726,7 @@ int NewJournalSequence::load_tectonics()
     if (!_hasTectoFile)
         return MP_STATUS_OK;
     TectoMap map;
-    if (!map.read(_tectoFile))
+    if (!read_surface(map, _tectoFile, _simulator))
         return fail("Cannot read tectonic deformation map from input file: " + _tectoFile);
     if (!_simulator->loadTectoMap(map))
         return fail("Error loading tectonic deformation map from file: " + _tectoFile);
@@ -739,7 +747,7 @@ int NewJournalSequence::replace_topography()
         return MP_STATUS_OK;
     }
     Topo topo;
-    if (!topo.read(_topoFile))
+    if (!read_surface(topo, _topoFile, _simulator))
         return fail("Cannot read topography from input file: " + _topoFile);
     if (!_simulator->replaceTopo(topo, mode, facies, !_first))
         return fail("Error replacing topography from file: " + _topoFile);
@@ -757,7 +765,7 @@ int NewJournalSequence::load_upper_limit()
     else if (_hasZulFile)
     {
         Topo topo;
-        if (!topo.read(_zulFile))
+        if (!read_surface(topo, _zulFile, _simulator))
             return fail("Cannot read upper limit topography from input file: " + _zulFile);
         if (!_simulator->loadUpperLimit(topo, type))
             return fail("Error loading upper limit topography from file: " + _zulFile);

@@ -209,6 +209,11 @@ bool Simulator::notAvailable(const std::string& operation) const
     return fail(operation + " is not available yet", false);
 }
 
+bool Simulator::readSurface(GridReal& grid, const std::string& path) const
+{
+    return _domain ? grid.read_on(path, _domain->getGridParams()) : grid.read(path);
+}
+
 void Simulator::printout(const std::string& text) const
 {
     if (_network)

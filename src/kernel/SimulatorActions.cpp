@@ -148,7 +148,7 @@ bool Simulator::abandonChannel()
 bool Simulator::replaceTopoFromFile(const std::string& path, int mode, int facies, bool flag)
 {
     Topo topo;
-    if (!topo.read(path))
+    if (!readSurface(topo, path))
         return fail("Cannot read topography from file " + path + "\n" + topo.getError(), false);
     return replaceTopo(topo, mode, facies, flag);
 }
@@ -262,7 +262,7 @@ bool Simulator::saveAgeHorizon(const std::string& path, unsigned int age, int fo
 bool Simulator::loadEMapFromFile(const std::string& path, bool flag)
 {
     EMap map;
-    if (!map.read(path))
+    if (!readSurface(map, path))
         return fail("Cannot load erodibility map\n" + map.getError(), false);
     return loadEMap(map, flag);
 }
@@ -343,7 +343,7 @@ bool Simulator::getEMapBuiltFromCenterline(EMap& map, double ax, double ay) cons
 bool Simulator::loadUpperLimitFromFile(const std::string& path, int type)
 {
     Topo topo;
-    if (!topo.read(path))
+    if (!readSurface(topo, path))
         return fail("Cannot load upper limit\n" + topo.getError(), false);
     return loadUpperLimit(topo, type);
 }
@@ -392,7 +392,7 @@ void Simulator::resetUpperLimit()
 bool Simulator::loadTectoMapFromFile(const std::string& path)
 {
     TectoMap map;
-    if (!map.read(path))
+    if (!readSurface(map, path))
         return fail("Cannot load tectonic deformation map\n" + map.getError(), false);
     return loadTectoMap(map);
 }
@@ -428,7 +428,7 @@ void Simulator::resetTectoMap()
 bool Simulator::loadFlatteningFromFile(const std::string& path)
 {
     Topo topo;
-    if (!topo.read(path))
+    if (!readSurface(topo, path))
         return fail("Cannot load flattening surface\n" + topo.getError(), false);
     return loadFlattening(topo);
 }
