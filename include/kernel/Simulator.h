@@ -230,6 +230,12 @@ private:
     void setupMassBalance();
     // Erodes the block down to the upper limit surface (warns when it cannot).
     void erodeToUpperLimit();
+    // The highest height of the upper limit above the topography, 0 when reached.
+    double upperLimitGap() const;
+    // How many iterations a run until a stop may take to reach the upper limit;
+    // warns when the forecast aggradation cannot reach it.
+    unsigned int upperLimitBound();
+    std::string upperLimitMissed(unsigned int turns) const;
     // Stores the stop reason at info level.
     int stopAt(int status, const std::string& reason);
     void printout(const std::string& text) const;

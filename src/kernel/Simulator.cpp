@@ -7,6 +7,7 @@
 #include "kernel/Constants.h"
 #include "kernel/Core.h"
 #include "kernel/CoreList.h"
+#include "kernel/DepositionSet.h"
 #include "kernel/DistributionGenerator.h"
 #include "kernel/Domain.h"
 #include "kernel/Facies.h"
@@ -19,6 +20,7 @@
 #include "kernel/TimeProcess.h"
 #include "kernel/Tracer.h"
 
+#include <algorithm>
 #include <cmath>
 #include <exception>
 #include <sstream>
@@ -39,6 +41,19 @@ constexpr int AG_EROSIVE = 4;
 constexpr int ZUL_NONE = 0;
 constexpr int ZUL_ERODE = 2;
 constexpr int ZUL_EMAP = 3;
+
+// A run asked to go on until a stop (the batch's LAUNCH_IT = -1) and aiming at
+// an upper limit gives up after 100 times the iterations the forecast
+// aggradation needs to reach the highest point of the limit, and never before
+// 10000 iterations, so that a run the forecast misjudges still reaches its
+// limit. A limit the forecast cannot reach within 1e8 iterations (none, or a
+// null rate) is said to be out of reach before the run, which then gives up
+// after those 10000 iterations.
+constexpr unsigned int RUN_UNTIL_STOP = 4294967295u;
+constexpr double LIMIT_BOUND_FACTOR = 100.;
+constexpr double LIMIT_BOUND_MIN = 10000.;
+constexpr double LIMIT_BOUND_MAX = 1e8;
+constexpr double FORECAST_PER_ITERATION = 1e-4; // forecast rates are in m/10000 it
 
 bool skips_migration(int ag_type)
 {
@@ -529,12 +544,16 @@ int Simulator::run(unsigned int n)
             return fail(std::string("Simulator::run : not ready ! Call newSequence first"),
                         MP_STATUS_NOT_READY);
         int status = prepareRun();
-        for (unsigned int count = 0; count < n && status == MP_STATUS_OK; ++count)
+        const bool bounded = n == RUN_UNTIL_STOP && status == MP_STATUS_OK && getInt("ZUL_TYPE") != ZUL_NONE;
+        const unsigned int turns = bounded ? upperLimitBound() : n;
+        for (unsigned int count = 0; count < turns && status == MP_STATUS_OK; ++count)
         {
             status = oneLoop();
             if (!_tracer->progress(1))
                 status = MP_STATUS_USER_STOP;
         }
+        if (bounded && status == MP_STATUS_OK)
+            return fail(upperLimitMissed(turns), MP_STATUS_FAILURE);
         return status;
     }
     catch (const std::exception& e)
@@ -549,6 +568,43 @@ int Simulator::run(unsigned int n)
     {
         return fail(std::string(EXCEPTION_WITHOUT_TEXT), MP_STATUS_FAILURE);
     }
+}
+
+double Simulator::upperLimitGap() const
+{
+    double gap = 0.;
+    for (int j = 0; j < _domain->getNy(); ++j)
+        for (int i = 0; i < _domain->getNx(); ++i)
+        {
+            const DepositionSet& ds = _domain->getObject(i, j);
+            if (ds.get_zul() != MP_UNDEF_REAL)
+                gap = std::max(gap, ds.get_zul() - ds.get_topo_rel(true));
+        }
+    return gap;
+}
+
+unsigned int Simulator::upperLimitBound()
+{
+    const double rate = getForecastAggradationRate() * FORECAST_PER_ITERATION;
+    const double needed = rate > 0. ? upperLimitGap() / rate : MP_MAX_REAL_VALUE;
+    const double bound = LIMIT_BOUND_FACTOR * needed;
+    if (bound <= LIMIT_BOUND_MAX)
+        return static_cast<unsigned int>(std::ceil(std::max(bound, LIMIT_BOUND_MIN)));
+    std::ostringstream text;
+    text << "The upper limit (highest point " << upperLimitGap() << " m above the topography) cannot be "
+         << "reached by the forecast aggradation (" << getForecastAggradationRate()
+         << " m/10000 it): the run stops with a failure after " << LIMIT_BOUND_MIN
+         << " iterations if the limit is not reached by then";
+    _tracer->warning(text.str());
+    return static_cast<unsigned int>(LIMIT_BOUND_MIN);
+}
+
+std::string Simulator::upperLimitMissed(unsigned int turns) const
+{
+    std::ostringstream text;
+    text << "The upper limit was not reached after " << turns << " iterations (it stands " << upperLimitGap()
+         << " m above the topography at its highest): the run is stopped";
+    return text.str();
 }
 
 void Simulator::erodeToUpperLimit()
