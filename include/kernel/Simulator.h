@@ -230,6 +230,10 @@ private:
     void setupMassBalance();
     // Erodes the block down to the upper limit surface (warns when it cannot).
     void erodeToUpperLimit();
+    // Counts the iterations in a row whose errors were all seen before
+    // (`errors` and `known` taken before the iteration); true at the bound.
+    bool failureRepeats(unsigned int errors, size_t known, unsigned int& repeats) const;
+    std::string repeatedFailure() const;
     // The highest height of the upper limit above the topography, 0 when reached.
     double upperLimitGap() const;
     // How many iterations a run until a stop may take to reach the upper limit;

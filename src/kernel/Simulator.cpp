@@ -55,6 +55,11 @@ constexpr double LIMIT_BOUND_MIN = 10000.;
 constexpr double LIMIT_BOUND_MAX = 1e8;
 constexpr double FORECAST_PER_ITERATION = 1e-4; // forecast rates are in m/10000 it
 
+// A run stops when the errors of an iteration are all ones already seen, in
+// this many iterations in a row: a failure that comes back at every turn is
+// told a few times, not millions.
+constexpr unsigned int MAX_REPEATED_FAILURES = 3;
+
 bool skips_migration(int ag_type)
 {
     return ag_type == AG_DRAPING || ag_type == AG_GHOST;
@@ -546,11 +551,16 @@ int Simulator::run(unsigned int n)
         int status = prepareRun();
         const bool bounded = n == RUN_UNTIL_STOP && status == MP_STATUS_OK && getInt("ZUL_TYPE") != ZUL_NONE;
         const unsigned int turns = bounded ? upperLimitBound() : n;
+        unsigned int repeats = 0;
         for (unsigned int count = 0; count < turns && status == MP_STATUS_OK; ++count)
         {
+            const unsigned int errors = _tracer->getErrorCount();
+            const size_t known = _tracer->getDistinctErrors().size();
             status = oneLoop();
             if (!_tracer->progress(1))
                 status = MP_STATUS_USER_STOP;
+            if (status == MP_STATUS_OK && failureRepeats(errors, known, repeats))
+                return fail(repeatedFailure(), MP_STATUS_FAILURE);
         }
         if (bounded && status == MP_STATUS_OK)
             return fail(upperLimitMissed(turns), MP_STATUS_FAILURE);
@@ -568,6 +578,19 @@ int Simulator::run(unsigned int n)
     {
         return fail(std::string(EXCEPTION_WITHOUT_TEXT), MP_STATUS_FAILURE);
     }
+}
+
+bool Simulator::failureRepeats(unsigned int errors, size_t known, unsigned int& repeats) const
+{
+    const bool repeated = _tracer->getErrorCount() > errors && _tracer->getDistinctErrors().size() == known;
+    repeats = repeated ? repeats + 1 : 0;
+    return repeats >= MAX_REPEATED_FAILURES;
+}
+
+std::string Simulator::repeatedFailure() const
+{
+    return "Simulator::run : the same error came back in " + std::to_string(MAX_REPEATED_FAILURES) +
+           " iterations in a row: the run is stopped at iteration " + std::to_string(getAge());
 }
 
 double Simulator::upperLimitGap() const
