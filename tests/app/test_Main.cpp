@@ -89,6 +89,8 @@ TEST(Main, ExitStatusesOfTheProgram)
 {
     TempDir dir;
     write_file(dir.file("bad.flw"), "nothing to read here\n");
+    write_file(dir.file("cl.txt"), "N_DIMENSIONS = 2\nN_POINTS = 4\nN_VARIABLES = 0\n~Ascii\n"
+                                   "0 100\n0 100\n150 110\n290 100\n");
     const std::string wells = "[GLOBAL]\nWELL_FILE = bad.flw\n";
     const std::string model = "[GLOBAL]\nF2G_FILE = block.f2g\nF2G_DZ = 1\nF2G_FACIES = "
                               "1\n[NEW_SEQ]\nSIM_SEED = 3\nDOMAIN_NX = 30\nDOMAIN_NY = 20\n"
@@ -118,6 +120,8 @@ TEST(Main, ExitStatusesOfTheProgram)
          "The batch ran to its end with errors"},
         {"a refused well the run survives", "", replaced(model, "[GLOBAL]\n", wells) + "LAUNCH_IT = 5\n", 4,
          "  - Error loading well: "},
+        {"a centerline with equal first points", "", model + "NEW_CL_FILE = cl.txt\nLAUNCH_IT = 5\n", 4,
+         "  - Channel first points are equal"},
         {"a stop on honored wells without a well", "",
          replaced(model, "[GLOBAL]\n", wells) + "COND_WELL_STOP_HONORED = 1\nLAUNCH_IT = 5\n", 1,
          "'COND_WELL_STOP_HONORED' has no well to honor"},
