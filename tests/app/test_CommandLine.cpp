@@ -74,4 +74,5 @@ TEST(CommandLine, UsageListsEveryOptionAndTheExitStatuses)
         EXPECT_NE(text.find(g_cmdLineDesc[k].description), std::string::npos);
     EXPECT_NE(text.find("1  the batch file failed to load"), std::string::npos);
     EXPECT_NE(text.find("2  the batch was loaded but its launch failed"), std::string::npos);
+    EXPECT_NE(text.find("4  the batch ran to its end, but with errors"), std::string::npos);
 }
