@@ -88,6 +88,8 @@ public:
     virtual unsigned int getErrorCount() const = 0;
     virtual const std::vector<std::string>& getDistinctErrors() const = 0;
     virtual void resetErrors() = 0;
+    // Counts an error line that the level keeps from being traced.
+    virtual void noteHiddenError(const std::string& text) = 0;
 
     // Conveniences: nothing is built unless the level is admitted.
     void error(const std::string& text) { emit(TRACE_ERROR, MP_TRACE_PREFIX_ERROR, text); }
@@ -117,8 +119,9 @@ public:
 private:
     void emit(TraceLevel level, const char* prefix, const std::string& text)
     {
-        // An error is always handed on, so that it counts even when hidden.
-        if (traceLevel(level) || level <= TRACE_ERROR)
+        if (traceLevel(level))
             trace(formLines(prefix, text), level);
+        else if (level <= TRACE_ERROR)
+            noteHiddenError(formLines(prefix, text));
     }
 };

@@ -70,6 +70,7 @@ public:
     unsigned int getErrorCount() const override;
     const std::vector<std::string>& getDistinctErrors() const override;
     void resetErrors() override;
+    void noteHiddenError(const std::string& text) override;
 
     // Open for writing lines, with std::ios::app or std::ios::trunc.
     bool openStatsFile(std::ios::openmode mode);

@@ -368,6 +368,11 @@ const std::vector<std::string>& Tracer::getDistinctErrors() const
     return _distinct_errors;
 }
 
+void Tracer::noteHiddenError(const std::string& text)
+{
+    recordError(text);
+}
+
 void Tracer::resetErrors()
 {
     _error_count = 0;
