@@ -163,7 +163,8 @@ std::string CommandLine::usage(const std::string& program)
          "  0  the batch ran to its end\n"
          "  1  the batch file failed to load\n"
          "  2  the batch was loaded but its launch failed\n"
-         "  3  nothing was run: bad command line, or a mode this version does not allow\n";
+         "  3  nothing was run: bad command line, or a mode this version does not allow\n"
+         "  4  the batch ran to its end, but with errors: they are listed once each at the end\n";
     s << "\nThe batch file is told in doc/USERS_GUIDE.md; every keyword, with its default,\n"
          "range and unit, is listed by --keywords (also in doc/KEYWORDS.md).\n";
     return s.str();

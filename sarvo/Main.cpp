@@ -7,12 +7,15 @@
 #include "interface/iSimulator.h"
 #include "kernel/KeywordReference.h"
 #include "kernel/NewJournalFile.h"
+#include "kernel/Tracer.h"
 
 #ifdef SARVO_WITH_GUI
 #include "gui/Desktop.h"
 #endif
 
 #include <iostream>
+#include <string>
+#include <vector>
 
 namespace
 {
@@ -127,7 +130,28 @@ int Main::runBatch()
         _tracer->error("Error launching batch!");
         return EXIT_LAUNCH_FAILED;
     }
-    return EXIT_DONE;
+    return closingStatus();
+}
+
+int Main::closingStatus()
+{
+    const unsigned int count = _tracer->getErrorCount();
+    if (count == 0)
+        return EXIT_DONE;
+    const std::vector<std::string> errors = _tracer->getDistinctErrors();
+    std::string text = "The batch ran to its end with errors (" + std::to_string(count) + " error line" +
+                       (count > 1 ? "s" : "") + ", " + std::to_string(errors.size()) + " distinct):";
+    for (std::string error : errors)
+    {
+        // The lines of one error stay under its dash.
+        for (size_t at = error.find('\n'); at != std::string::npos; at = error.find('\n', at + 1))
+            error.insert(at + 1, "    ");
+        text += "\n  - " + error;
+    }
+    if (errors.size() >= Tracer::MP_MAX_DISTINCT_ERRORS)
+        text += "\n  - (further distinct errors are not listed)";
+    _tracer->error(text);
+    return EXIT_WITH_ERRORS;
 }
 
 int Main::runDesktop(int argc, char** argv)

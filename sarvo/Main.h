@@ -30,6 +30,7 @@ public:
     static constexpr int EXIT_LOAD_FAILED = 1;
     static constexpr int EXIT_LAUNCH_FAILED = 2;
     static constexpr int EXIT_REFUSED = 3;
+    static constexpr int EXIT_WITH_ERRORS = 4;
 
     const iParameters& parameters() const;
 
@@ -37,6 +38,9 @@ private:
     // No licence server: the research tier unless the command line asks for less.
     void FixDistribution(const CommandLineOptions& options);
     int runBatch();
+    // After a batch that ran to its end: done, or, when errors were traced on
+    // the way, their summary (each text once) and the status "with errors".
+    int closingStatus();
     int runDesktop(int argc, char** argv);
 
     // The kernel, reached only through its door.

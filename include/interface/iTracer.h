@@ -4,6 +4,7 @@
 // itself; the application installs the functions that receive the text.
 
 #include <string>
+#include <vector>
 
 enum TraceLevel
 {
@@ -82,6 +83,13 @@ public:
     virtual bool generateCenterlineStats() const = 0;
     virtual bool generateGrainsizeStats() const = 0;
     virtual unsigned int statsInterval() const = 0;
+    // The error lines of the run so far, counted even when the level hides
+    // them: how many, and each distinct text once in the order first seen.
+    virtual unsigned int getErrorCount() const = 0;
+    virtual const std::vector<std::string>& getDistinctErrors() const = 0;
+    virtual void resetErrors() = 0;
+    // Counts an error line that the level keeps from being traced.
+    virtual void noteHiddenError(const std::string& text) = 0;
 
     // Conveniences: nothing is built unless the level is admitted.
     void error(const std::string& text) { emit(TRACE_ERROR, MP_TRACE_PREFIX_ERROR, text); }
@@ -113,5 +121,7 @@ private:
     {
         if (traceLevel(level))
             trace(formLines(prefix, text), level);
+        else if (level <= TRACE_ERROR)
+            noteHiddenError(formLines(prefix, text));
     }
 };

@@ -72,6 +72,9 @@ public:
                        const std::string& order = "+Y +X +Z");
     // Detects the format, then reads; GSLIB and plain ascii need the geometry set beforehand.
     virtual bool read(const std::string& path);
+    // Reads a surface meant for `geometry`: GSLIB and plain ascii files, which
+    // carry no geometry, fill it; the other formats bring their own.
+    bool read_on(const std::string& path, const GridParams& geometry);
 
     // One format each, for callers that know it; GSLIB and plain ascii keep this grid's geometry.
     bool read_f2g(const std::string& path);

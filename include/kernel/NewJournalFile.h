@@ -129,6 +129,10 @@ private:
     // The classes the global section describes; false with the error line.
     bool make_user_classes(UserClassList& classes) const;
     bool load_wells();
+    // With a stop on honored wells, at least one well must be there to honor:
+    // at load, one well file that reads as a log; at launch, one well added.
+    bool some_well_readable() const;
+    bool some_well_to_honor() const;
     void infer_nexus(const CoreList& cores, const std::string& what);
     bool load_basement();
 
@@ -165,6 +169,7 @@ private:
     std::vector<std::string> _wellFiles;
     std::vector<std::string> _wellTrajectories;
     std::vector<std::string> _wellNames;
+    bool _stopHonored = false;
     int _userClassType;
     std::vector<int> _userClassFacies;
     std::vector<std::string> _userClassAttributes;

@@ -237,6 +237,16 @@ private:
     void setupMassBalance();
     // Erodes the block down to the upper limit surface (warns when it cannot).
     void erodeToUpperLimit();
+    // Counts the iterations in a row whose errors were all seen before
+    // (`errors` and `known` taken before the iteration); true at the bound.
+    bool failureRepeats(unsigned int errors, size_t known, unsigned int& repeats) const;
+    std::string repeatedFailure() const;
+    // The highest height of the upper limit above the topography, 0 when reached.
+    double upperLimitGap() const;
+    // How many iterations a run until a stop may take to reach the upper limit;
+    // warns when the forecast aggradation cannot reach it.
+    unsigned int upperLimitBound();
+    std::string upperLimitMissed(unsigned int turns) const;
     // Stores the stop reason at info level.
     int stopAt(int status, const std::string& reason);
     void printout(const std::string& text) const;
@@ -246,6 +256,9 @@ private:
     // Runs an action of the model's surfaces and maps, turning whatever it
     // throws into the failure "Simulator::<name> : <what it said>".
     template <typename Action> bool guardedAction(const std::string& name, Action action);
+    // Reads a surface or map for the domain: GSLIB and plain ascii files, which
+    // carry no geometry, are read on the domain's.
+    bool readSurface(GridReal& grid, const std::string& path) const;
     TimeProcessParamType processParams(const std::string& type, const std::string& period,
                                        const std::string& poisson) const;
     DistGenParamType distParams(const std::string& prefix) const;

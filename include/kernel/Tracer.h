@@ -8,6 +8,7 @@
 #include <fstream>
 #include <ios>
 #include <string>
+#include <vector>
 
 class Tracer : public iTracer
 {
@@ -66,6 +67,10 @@ public:
     bool generateCenterlineStats() const override;
     bool generateGrainsizeStats() const override;
     unsigned int statsInterval() const override;
+    unsigned int getErrorCount() const override;
+    const std::vector<std::string>& getDistinctErrors() const override;
+    void resetErrors() override;
+    void noteHiddenError(const std::string& text) override;
 
     // Open for writing lines, with std::ios::app or std::ios::trunc.
     bool openStatsFile(std::ios::openmode mode);
@@ -87,6 +92,7 @@ public:
 
     static constexpr unsigned int MP_DEFAULT_STATS_INTERVAL = 1;
     static constexpr unsigned int MP_MAX_STATS_INTERVAL = 1000;
+    static constexpr size_t MP_MAX_DISTINCT_ERRORS = 100;
 
 private:
     enum Switch : unsigned int
@@ -104,6 +110,8 @@ private:
         SW_STATS_GR = 1u << 10
     };
 
+    // Keeps the text of an error line, without its prefixes, once.
+    void recordError(const std::string& text);
     void setSwitch(Switch bit, bool on);
     bool hasSwitch(Switch bit) const { return (_switches & bit) != 0; }
 
@@ -125,4 +133,6 @@ private:
     ProgressFunction _progress_function;
     unsigned int _switches;
     unsigned int _stats_interval;
+    unsigned int _error_count = 0;
+    std::vector<std::string> _distinct_errors;
 };

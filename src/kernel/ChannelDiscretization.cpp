@@ -86,9 +86,19 @@ void Channel::init_geom(double hmax, double width, double wavelength, double slo
 void Channel::discretization()
 {
     const std::vector<double> proportions = _mc->parameters()->getSedProportions();
+    // A null abscissa (equal points) is reported and survived. A channel
+    // longer than the bound cannot be resampled: the sweep would add a point
+    // every half-width without end, so it stops at the first such abscissa.
     auto check_abscissa = [this](double s)
     {
-        if ((s <= 0. || s > MAX_ABSCISSA) && _tracer != nullptr)
+        if (s > MAX_ABSCISSA)
+        {
+            std::ostringstream text;
+            text << "Error while computing discretization: the channel is longer than " << MAX_ABSCISSA
+                 << " m (check DOMAIN_DX and DOMAIN_DY)";
+            throw text.str();
+        }
+        if (s <= 0. && _tracer != nullptr)
             _tracer->error("Error while computing discretization");
     };
 

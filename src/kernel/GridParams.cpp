@@ -42,7 +42,9 @@ void GridParams::setRotation(double degrees)
 {
     // Pi is the nine-digit literal so that cosine and sine match stored grids to the last digit.
     _rotation = degrees;
-    const double radians = degrees * MP_PI / 180.;
+    // Whole turns are no turn: 360 or -720 degrees give the cosine and sine of 0
+    // exactly, not those of the rounded pi times two.
+    const double radians = std::fmod(degrees, 360.) * MP_PI / 180.;
     _cosine = std::cos(radians);
     _sine = std::sin(radians);
 }

@@ -149,10 +149,16 @@ private:
 };
 
 // Truncates a grid coordinate, keeping coordinates far off the grid off it.
+// A coordinate within a millionth of a cell of a node is that node: the
+// rounding of a rotation (360, -360, 1e-12 degrees) must not shift a grid by
+// one cell.
 int truncate_index(double x)
 {
     if (!(x > -1e9 && x < 1e9))
         return x > 0. ? 1000000000 : -1000000000;
+    const double nearest = std::round(x);
+    if (std::fabs(x - nearest) < MP_EPSILON)
+        return static_cast<int>(nearest);
     return static_cast<int>(x);
 }
 
@@ -604,6 +610,14 @@ bool GridReal::is_order_valid(const std::string& o1, const std::string& o2, cons
 // ---------------------------------------------------------------------------
 // Reading
 
+bool GridReal::read_on(const std::string& path, const GridParams& geometry)
+{
+    const int format = get_format(path);
+    if (format == GRID_FORMAT_GSLIB || format == GRID_FORMAT_ASCII_DETECTED)
+        reset(geometry);
+    return read(path);
+}
+
 bool GridReal::read(const std::string& path)
 {
     switch (get_format(path))
@@ -788,6 +802,8 @@ bool GridReal::read_gslib(const std::string& path)
     InDataFile file(path);
     if (!file.is_open())
         return fail("Cannot read grid file " + path);
+    if (node_count() == 0)
+        return fail("Invalid GSLIB file " + path + ": the file holds no grid geometry, and none was given.");
     file.setKeySeparator(0);
     int nb_variables = 0;
     if (!file.next_line() || !file.next_line() || !field(file, 1, nb_variables) || nb_variables < 1)
@@ -821,6 +837,8 @@ bool GridReal::read_ascii(const std::string& path)
     std::ifstream file(path);
     if (!file.is_open())
         return fail("Cannot read grid file " + path);
+    if (node_count() == 0)
+        return fail("Plain ascii grid file " + path + " holds no grid geometry, and none was given.");
     reset(GridParams(*this));
     // No header: z slowest, then x, y fastest.
     const OrderTerm terms[3] = {{1, false}, {0, false}, {2, false}};

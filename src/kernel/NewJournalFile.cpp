@@ -393,6 +393,9 @@ bool NewJournalFile::load(std::istream& stream, std::string const& path)
             tracer->error("You must define some wells in order to use 'COND_WELL_STOP_HONORED'");
             return false;
         }
+        _stopHonored = stopHonored;
+        if (stopHonored && !some_well_readable())
+            return false;
         if (!checkPaths() || !check_global_surfaces(firstGrid) || !check_extracted_wells_at_load(grid) ||
             !check_sampling(grid))
             return false;
@@ -1069,7 +1072,35 @@ bool NewJournalFile::load_wells()
         if (!_simulator->addWellFromFile(file, trajectory, name))
             tracer->error("Error loading well: " + file);
     }
-    return true;
+    return some_well_to_honor();
+}
+
+bool NewJournalFile::some_well_readable() const
+{
+    for (size_t k = 0; k < _wellFiles.size(); ++k)
+    {
+        Core core;
+        if (core.read(_wellFiles[k], k < _wellTrajectories.size() ? _wellTrajectories[k] : ""))
+            return true;
+    }
+    _simulator->getTracer()->error("No well file can be read as a well log: 'COND_WELL_STOP_HONORED' has no "
+                                   "well to honor");
+    return false;
+}
+
+// Without a well the wells are all honored at once, and the run would stop
+// before its first iteration as if it had succeeded.
+bool NewJournalFile::some_well_to_honor() const
+{
+    if (!_stopHonored)
+        return true;
+    CoreList wells;
+    if (_simulator->getAllWells(wells) && wells.size() > 0)
+        return true;
+    _simulator->getTracer()->error(
+        "Every conditioning well was refused: 'COND_WELL_STOP_HONORED' has no well "
+        "to honor");
+    return false;
 }
 
 void NewJournalFile::infer_nexus(const CoreList& cores, const std::string& what)

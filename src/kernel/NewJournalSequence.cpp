@@ -45,6 +45,14 @@ std::string nexus_text(const std::vector<double>& values)
     return text;
 }
 
+// A surface of the batch is meant for the domain: files that carry no
+// geometry (GSLIB, plain ascii) are read on the domain's.
+bool read_surface(GridReal& grid, const std::string& path, const iSimulator* simulator)
+{
+    const iDomain* domain = simulator->getDomain();
+    return domain != nullptr ? grid.read_on(path, domain->getGridParams()) : grid.read(path);
+}
+
 } // namespace
 
 NewJournalSequence::NewJournalSequence(iSimulator* simulator)
@@ -766,7 +774,7 @@ int NewJournalSequence::load_erodibility()
         return fail("Error loading erodibility map");
     EMap map;
     std::string detail;
-    if (!map.read(_emapFile))
+    if (!read_surface(map, _emapFile, _simulator))
         detail = "Cannot read erodibility map from input file: " + _emapFile + "\n" +
                  journal_support::grid_reason(map.getError());
     else
@@ -792,7 +800,7 @@ int NewJournalSequence::load_tectonics()
     if (!_hasTectoFile)
         return MP_STATUS_OK;
     TectoMap map;
-    if (!map.read(_tectoFile))
+    if (!read_surface(map, _tectoFile, _simulator))
         return fail("Cannot read tectonic deformation map from input file: " + _tectoFile + "\n" +
                     journal_support::grid_reason(map.getError()));
     if (!_simulator->loadTectoMap(map))
@@ -814,7 +822,7 @@ int NewJournalSequence::replace_topography()
         return MP_STATUS_OK;
     }
     Topo topo;
-    if (!topo.read(_topoFile))
+    if (!read_surface(topo, _topoFile, _simulator))
         return fail("Cannot read topography from input file: " + _topoFile + "\n" +
                     journal_support::grid_reason(topo.getError()));
     if (!_simulator->replaceTopo(topo, mode, facies, !_first))
@@ -833,7 +841,7 @@ int NewJournalSequence::load_upper_limit()
     else if (_hasZulFile)
     {
         Topo topo;
-        if (!topo.read(_zulFile))
+        if (!read_surface(topo, _zulFile, _simulator))
             return fail("Cannot read upper limit topography from input file: " + _zulFile + "\n" +
                         journal_support::grid_reason(topo.getError()));
         if (!_simulator->loadUpperLimit(topo, type))

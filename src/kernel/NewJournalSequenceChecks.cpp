@@ -128,9 +128,10 @@ GridParams NewJournalSequence::gridOf(const iParameters& registry)
 std::string NewJournalSequence::surfaceProblem(const std::string& path, const GridParams& grid, bool strict,
                                                bool elevation)
 {
-    // Read as the sequence will read it at launch.
+    // Read as the sequence will read it at launch: GSLIB and plain ascii files
+    // carry no geometry and take the grid's.
     Topo topo;
-    if (!topo.read(path))
+    if (!(checkable(grid) ? topo.read_on(path, grid) : topo.read(path)))
         return journal_support::grid_reason(topo.getError());
     std::string problem = value_problem(topo);
     if (problem.empty() && elevation)
@@ -285,7 +286,7 @@ bool NewJournalSequence::check_surfaces(const iParameters& registry, const GridP
     {
         EMap map;
         std::string problem;
-        if (!map.read(_emapFile))
+        if (!(checkable(grid) ? map.read_on(_emapFile, grid) : map.read(_emapFile)))
             problem = journal_support::grid_reason(map.getError());
         else if (!map.has_values())
             problem = "it has no defined value";

@@ -7,6 +7,7 @@
 #include "kernel/Constants.h"
 #include "kernel/Core.h"
 #include "kernel/CoreList.h"
+#include "kernel/DepositionSet.h"
 #include "kernel/DistributionGenerator.h"
 #include "kernel/Domain.h"
 #include "kernel/Facies.h"
@@ -19,6 +20,7 @@
 #include "kernel/TimeProcess.h"
 #include "kernel/Tracer.h"
 
+#include <algorithm>
 #include <cmath>
 #include <exception>
 #include <sstream>
@@ -29,6 +31,24 @@ constexpr const char* EXCEPTION_WITHOUT_TEXT = "Exception thrown: look at messag
 constexpr unsigned int TECTO_STEP = 1000;
 constexpr unsigned int ISBX_STEP = 100;
 constexpr unsigned int MEAN_TOPO_STEP = 10000;
+
+// A run asked to go on until a stop (the batch's LAUNCH_IT = -1) and aiming at
+// an upper limit gives up after 100 times the iterations the forecast
+// aggradation needs to reach the highest point of the limit, and never before
+// 10000 iterations, so that a run the forecast misjudges still reaches its
+// limit. A limit the forecast cannot reach within 1e8 iterations (none, or a
+// null rate) is said to be out of reach before the run, which then gives up
+// after those 10000 iterations.
+constexpr unsigned int RUN_UNTIL_STOP = 4294967295u;
+constexpr double LIMIT_BOUND_FACTOR = 100.;
+constexpr double LIMIT_BOUND_MIN = 10000.;
+constexpr double LIMIT_BOUND_MAX = 1e8;
+constexpr double FORECAST_PER_ITERATION = 1e-4; // forecast rates are in m/10000 it
+
+// A run stops when the errors of an iteration are all ones already seen, in
+// this many iterations in a row: a failure that comes back at every turn is
+// told a few times, not millions.
+constexpr unsigned int MAX_REPEATED_FAILURES = 3;
 
 bool skips_migration(int ag_type)
 {
@@ -193,6 +213,11 @@ int Simulator::fail(const std::string& text, int result) const
     _lastMessage = text;
     _tracer->error(text);
     return result;
+}
+
+bool Simulator::readSurface(GridReal& grid, const std::string& path) const
+{
+    return _domain ? grid.read_on(path, _domain->getGridParams()) : grid.read(path);
 }
 
 void Simulator::printout(const std::string& text) const
@@ -510,12 +535,21 @@ int Simulator::run(unsigned int n)
             return fail(std::string("Simulator::run : not ready ! Call newSequence first"),
                         MP_STATUS_NOT_READY);
         int status = prepareRun();
-        for (unsigned int count = 0; count < n && status == MP_STATUS_OK; ++count)
+        const bool bounded = n == RUN_UNTIL_STOP && status == MP_STATUS_OK && getInt("ZUL_TYPE") != ZUL_NONE;
+        const unsigned int turns = bounded ? upperLimitBound() : n;
+        unsigned int repeats = 0;
+        for (unsigned int count = 0; count < turns && status == MP_STATUS_OK; ++count)
         {
+            const unsigned int errors = _tracer->getErrorCount();
+            const size_t known = _tracer->getDistinctErrors().size();
             status = oneLoop();
             if (!_tracer->progress(1))
                 status = MP_STATUS_USER_STOP;
+            if (status == MP_STATUS_OK && failureRepeats(errors, known, repeats))
+                return fail(repeatedFailure(), MP_STATUS_FAILURE);
         }
+        if (bounded && status == MP_STATUS_OK)
+            return fail(upperLimitMissed(turns), MP_STATUS_FAILURE);
         return status;
     }
     catch (const std::exception& e)
@@ -530,6 +564,56 @@ int Simulator::run(unsigned int n)
     {
         return fail(std::string(EXCEPTION_WITHOUT_TEXT), MP_STATUS_FAILURE);
     }
+}
+
+bool Simulator::failureRepeats(unsigned int errors, size_t known, unsigned int& repeats) const
+{
+    const bool repeated = _tracer->getErrorCount() > errors && _tracer->getDistinctErrors().size() == known;
+    repeats = repeated ? repeats + 1 : 0;
+    return repeats >= MAX_REPEATED_FAILURES;
+}
+
+std::string Simulator::repeatedFailure() const
+{
+    return "Simulator::run : the same error came back in " + std::to_string(MAX_REPEATED_FAILURES) +
+           " iterations in a row: the run is stopped at iteration " + std::to_string(getAge());
+}
+
+double Simulator::upperLimitGap() const
+{
+    double gap = 0.;
+    for (int j = 0; j < _domain->getNy(); ++j)
+        for (int i = 0; i < _domain->getNx(); ++i)
+        {
+            const DepositionSet& ds = _domain->getObject(i, j);
+            if (ds.get_zul() != MP_UNDEF_REAL)
+                gap = std::max(gap, ds.get_zul() - ds.get_topo_rel(true));
+        }
+    return gap;
+}
+
+unsigned int Simulator::upperLimitBound()
+{
+    const double rate = getForecastAggradationRate() * FORECAST_PER_ITERATION;
+    const double needed = rate > 0. ? upperLimitGap() / rate : MP_MAX_REAL_VALUE;
+    const double bound = LIMIT_BOUND_FACTOR * needed;
+    if (bound <= LIMIT_BOUND_MAX)
+        return static_cast<unsigned int>(std::ceil(std::max(bound, LIMIT_BOUND_MIN)));
+    std::ostringstream text;
+    text << "The upper limit (highest point " << upperLimitGap() << " m above the topography) cannot be "
+         << "reached by the forecast aggradation (" << getForecastAggradationRate()
+         << " m/10000 it): the run stops with a failure after " << LIMIT_BOUND_MIN
+         << " iterations if the limit is not reached by then";
+    _tracer->warning(text.str());
+    return static_cast<unsigned int>(LIMIT_BOUND_MIN);
+}
+
+std::string Simulator::upperLimitMissed(unsigned int turns) const
+{
+    std::ostringstream text;
+    text << "The upper limit was not reached after " << turns << " iterations (it stands " << upperLimitGap()
+         << " m above the topography at its highest): the run is stopped";
+    return text.str();
 }
 
 void Simulator::erodeToUpperLimit()

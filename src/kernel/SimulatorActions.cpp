@@ -149,7 +149,7 @@ bool Simulator::abandonChannel()
 bool Simulator::replaceTopoFromFile(const std::string& path, int mode, int facies, bool flag)
 {
     Topo topo;
-    if (!topo.read(path))
+    if (!readSurface(topo, path))
         return fail("Cannot read topography from file " + path + "\n" + topo.getError(), false);
     return replaceTopo(topo, mode, facies, flag);
 }
@@ -276,7 +276,7 @@ bool Simulator::saveAgeHorizon(const std::string& path, unsigned int age, int fo
 bool Simulator::loadEMapFromFile(const std::string& path, bool flag)
 {
     EMap map;
-    if (!map.read(path))
+    if (!readSurface(map, path))
         return fail("Cannot load erodibility map\n" + map.getError(), false);
     return loadEMap(map, flag);
 }
@@ -357,7 +357,7 @@ bool Simulator::getEMapBuiltFromCenterline(EMap& map, double ax, double ay) cons
 bool Simulator::loadUpperLimitFromFile(const std::string& path, int type)
 {
     Topo topo;
-    if (!topo.read(path))
+    if (!readSurface(topo, path))
         return fail("Cannot load upper limit\n" + topo.getError(), false);
     return loadUpperLimit(topo, type);
 }
@@ -406,7 +406,7 @@ void Simulator::resetUpperLimit()
 bool Simulator::loadTectoMapFromFile(const std::string& path)
 {
     TectoMap map;
-    if (!map.read(path))
+    if (!readSurface(map, path))
         return fail("Cannot load tectonic deformation map\n" + map.getError(), false);
     return loadTectoMap(map);
 }
@@ -442,7 +442,7 @@ void Simulator::resetTectoMap()
 bool Simulator::loadFlatteningFromFile(const std::string& path)
 {
     Topo topo;
-    if (!topo.read(path))
+    if (!readSurface(topo, path))
         return fail("Cannot load flattening surface\n" + topo.getError(), false);
     return loadFlattening(topo);
 }

@@ -2,6 +2,8 @@
 
 #include "kernel/Constants.h"
 
+#include <algorithm>
+
 namespace
 {
 
@@ -318,6 +320,8 @@ void Tracer::traceCallOut(const std::string& name)
 
 void Tracer::trace(const std::string& text, TraceLevel level)
 {
+    if (level <= TRACE_ERROR)
+        recordError(text);
     if (!_trace_function || _level < level)
         return;
     if (_tracer_id == MP_UNDEF_INT)
@@ -327,6 +331,52 @@ void Tracer::trace(const std::string& text, TraceLevel level)
     }
     const std::string line = "[" + std::to_string(_tracer_id) + "] " + text;
     _trace_function(line.c_str(), level);
+}
+
+void Tracer::recordError(const std::string& text)
+{
+    ++_error_count;
+    std::string plain;
+    std::string::size_type start = 0;
+    while (start < text.size())
+    {
+        std::string::size_type end = text.find('\n', start);
+        if (end == std::string::npos)
+            end = text.size();
+        std::string line = text.substr(start, end - start);
+        for (const char* prefix : {MP_TRACE_PREFIX_ERROR, MP_TRACE_PREFIX_CONT})
+            if (line.compare(0, std::char_traits<char>::length(prefix), prefix) == 0)
+                line.erase(0, std::char_traits<char>::length(prefix));
+        if (!plain.empty())
+            plain += '\n';
+        plain += line;
+        start = end + 1;
+    }
+    // A bounded list: a failure that varies its text at every turn must not eat the memory.
+    if (_distinct_errors.size() < MP_MAX_DISTINCT_ERRORS &&
+        std::find(_distinct_errors.begin(), _distinct_errors.end(), plain) == _distinct_errors.end())
+        _distinct_errors.push_back(plain);
+}
+
+unsigned int Tracer::getErrorCount() const
+{
+    return _error_count;
+}
+
+const std::vector<std::string>& Tracer::getDistinctErrors() const
+{
+    return _distinct_errors;
+}
+
+void Tracer::noteHiddenError(const std::string& text)
+{
+    recordError(text);
+}
+
+void Tracer::resetErrors()
+{
+    _error_count = 0;
+    _distinct_errors.clear();
 }
 
 bool Tracer::progress(int n)

@@ -80,4 +80,5 @@ TEST(CommandLine, UsageListsEveryOptionAndTheExitStatuses)
     EXPECT_NE(text.find("--keywords"), std::string::npos);
     EXPECT_NE(text.find("--version"), std::string::npos);
     EXPECT_NE(text.find("doc/USERS_GUIDE.md"), std::string::npos);
+    EXPECT_NE(text.find("4  the batch ran to its end, but with errors"), std::string::npos);
 }

@@ -2,14 +2,31 @@
 #include "ProgressReport.h"
 #include "RunReport.h"
 
+#include "TestSupport.h"
 #include "kernel/Parameters.h"
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <sys/wait.h>
 #include <vector>
+
+using testing_support::edited;
+using testing_support::read_file;
+using testing_support::replaced;
+using testing_support::TempDir;
+using testing_support::write_file;
 
 namespace
 {
+
+size_t occurrences(const std::string& text, const std::string& what)
+{
+    size_t count = 0;
+    for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1))
+        ++count;
+    return count;
+}
 
 struct Outcome
 {
@@ -154,3 +171,63 @@ TEST(Main, ProgressLineAndRunReportTexts)
     summary.wells.clear();
     EXPECT_NE(RunReport::text(summary, 1., {}).find("Net to gross: no deposit\n"), std::string::npos);
 }
+
+#ifdef SARVO_EXECUTABLE
+// The built program on small batch files: every exit status of batch mode, as
+// a shell or a scheduler sees it.
+TEST(Main, ExitStatusesOfTheProgram)
+{
+    TempDir dir;
+    write_file(dir.file("bad.flw"), "nothing to read here\n");
+    write_file(dir.file("cl.txt"), "N_DIMENSIONS = 2\nN_POINTS = 4\nN_VARIABLES = 0\n~Ascii\n"
+                                   "0 100\n0 100\n150 110\n290 100\n");
+    const std::string wells = "[GLOBAL]\nWELL_FILE = bad.flw\n";
+    const std::string model = "[GLOBAL]\nF2G_FILE = block.f2g\nF2G_DZ = 1\nF2G_FACIES = "
+                              "1\n[NEW_SEQ]\nSIM_SEED = 3\nDOMAIN_NX = 30\nDOMAIN_NY = 20\n"
+                              "DOMAIN_DX = 10\nDOMAIN_DY = 10\nAV_NO_SPLAY = 1\n";
+    struct Row
+    {
+        const char* what;
+        std::string options;
+        std::string batch;
+        int status;
+        const char* said; // a text the trace must hold
+    };
+    const Row rows[] = {
+        {"a good run", "", model + "LAUNCH_IT = 5\n", 0, "End of batch!"},
+        {"an upper limit within reach", "", model + "LAUNCH_IT = -1\nZUL_TOPO = 1\n", 0,
+         "Upper limit has been reached"},
+        {"no iteration count", "", model, 1, "Number of iterations not defined"},
+        {"an upper limit out of reach", "", model + "LAUNCH_IT = -1\nZUL_TOPO = 1e29\n", 2,
+         "The upper limit was not reached after 10000 iterations"},
+        {"a discretization that fails at every turn", "",
+         edited(model,
+                {{"[GLOBAL]\n", "[GLOBAL]\nFORCE_SIMU = 1\n"}, {"DOMAIN_DX = 10", "DOMAIN_DX = 1e12"}}) +
+             "LAUNCH_IT = 50\n",
+         2, "Error while computing discretization"},
+        {"the free tier", "-f", model + "LAUNCH_IT = 5\n", 3, "Batch mode is not available in Free version!"},
+        {"a refused parameter the run survives", "", model + "BANK_EROD_COEFF = 2\nLAUNCH_IT = 5\n", 4,
+         "The batch ran to its end with errors"},
+        {"a refused well the run survives", "", replaced(model, "[GLOBAL]\n", wells) + "LAUNCH_IT = 5\n", 4,
+         "  - Error loading well: "},
+        {"a centerline with equal first points", "", model + "NEW_CL_FILE = cl.txt\nLAUNCH_IT = 5\n", 4,
+         "  - Channel first points are equal"},
+        {"a stop on honored wells without a well", "",
+         replaced(model, "[GLOBAL]\n", wells) + "COND_WELL_STOP_HONORED = 1\nLAUNCH_IT = 5\n", 1,
+         "'COND_WELL_STOP_HONORED' has no well to honor"},
+    };
+    for (const Row& row : rows)
+    {
+        write_file(dir.file("run.bat"), row.batch);
+        const std::string command = "cd " + dir.path().string() + " && " + SARVO_EXECUTABLE + " " +
+                                    row.options + " -b run.bat > trace.txt 2>&1";
+        const int raw = std::system(command.c_str());
+        ASSERT_TRUE(WIFEXITED(raw)) << row.what;
+        const std::string trace = read_file(dir.file("trace.txt"));
+        EXPECT_EQ(WEXITSTATUS(raw), row.status) << row.what << "\n" << trace.substr(0, 4000);
+        EXPECT_NE(trace.find(row.said), std::string::npos) << row.what << "\n" << trace.substr(0, 4000);
+        // A failure that repeats is told once, not at every turn.
+        EXPECT_LE(occurrences(trace, "Error while computing discretization"), 1u) << row.what;
+    }
+}
+#endif

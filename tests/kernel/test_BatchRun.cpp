@@ -9,6 +9,8 @@
 #include "interface/iSimulator.h"
 #include "interface/iTracer.h"
 #include "kernel/GridReal.h"
+#include "kernel/Point3D.h"
+#include "kernel/Topo.h"
 #include "kernel/Tracer.h"
 
 #include <gtest/gtest.h>
@@ -417,5 +419,65 @@ TEST(BatchRun, OutputFoldersAreMadeAndSnapshotsReused)
             EXPECT_TRUE(is_f2g(out + "/" + name)) << name;
         EXPECT_TRUE(std::filesystem::exists(dir.file("snap/sarvo_snapshot.txt")));
         EXPECT_FALSE(std::filesystem::exists(dir.file("snap.saving")));
+    }
+}
+
+TEST(BatchRun, SurfacesWrittenInEveryFormatComeBackThroughTheBatch)
+{
+    // A surface written by Sarvo on the domain's own geometry (F2G carries it, GSLIB and
+    // plain ascii take the domain's) must come back node for node, whatever whole or
+    // vanishing turn an F2G file states.
+    struct Row
+    {
+        const char* keyword;
+        int format;
+        double rotation;
+    };
+    const Row rows[] = {
+        {"ZUL_FILE", GRID_FORMAT_F2G, 0.},     {"ZUL_FILE", GRID_FORMAT_GSLIB, 0.},
+        {"ZUL_FILE", GRID_FORMAT_ASCII, 0.},   {"ZUL_FILE", GRID_FORMAT_F2G, 360.},
+        {"ZUL_FILE", GRID_FORMAT_F2G, 720.},   {"ZUL_FILE", GRID_FORMAT_F2G, -360.},
+        {"ZUL_FILE", GRID_FORMAT_F2G, 1e-12},  {"NEW_TOPO", GRID_FORMAT_GSLIB, 0.},
+        {"NEW_TOPO", GRID_FORMAT_ASCII, 0.},   {"EMAP_FILE", GRID_FORMAT_GSLIB, 0.},
+        {"TECTO_FILE", GRID_FORMAT_ASCII, 0.},
+    };
+    TempDir dir;
+    for (const Row& row : rows)
+    {
+        const std::string label = std::string(row.keyword) + " format " + std::to_string(row.format) +
+                                  " rotation " + std::to_string(row.rotation);
+        Topo surface(10., 10., 24, 20);
+        surface.setLocation(Point3D(1000., 2000., 0.));
+        surface.setRotation(row.rotation);
+        for (int i = 0; i < 24; ++i)
+            for (int j = 0; j < 20; ++j)
+                surface.set_at(i, j, 500. - 0.01 * i + 0.001 * j);
+        const std::string path = dir.file("surface.txt");
+        ASSERT_TRUE(surface.write(path, nullptr, row.format, "+Y +X +Z")) << surface.getError();
+
+        write_file(
+            dir.file("run.bat"),
+            "[GLOBAL]\nF2G_FILE = " + dir.file("block.f2g") +
+                "\nF2G_DZ = 1\nF2G_FACIES = 1\n[NEW_SEQ]\nSIM_SEED = 7\nDOMAIN_NX = 24\nDOMAIN_NY = 20\n"
+                "DOMAIN_DX = 10\nDOMAIN_DY = 10\nDOMAIN_OX = 1000\nDOMAIN_OY = 2000\n"
+                "AV_NO_SPLAY = 1\nLAUNCH_IT = 1\n" +
+                std::string(row.keyword) + " = " + path + "\n");
+        SimPtr sim = quiet_simulator();
+        NewJournalFile file(sim.get());
+        ASSERT_TRUE(file.load(dir.file("run.bat"))) << label << g_trace;
+        EXPECT_EQ(file.launch(), MP_STATUS_OK) << label << g_trace;
+        EXPECT_FALSE(traced("ERROR")) << label << g_trace;
+        if (std::string(row.keyword) != "ZUL_FILE")
+            continue;
+        Topo back;
+        ASSERT_TRUE(sim->getUpperLimit(back)) << label;
+        ASSERT_EQ(back.getNx(), 24) << label;
+        for (int i = 0; i < 24; ++i)
+            for (int j = 0; j < 20; ++j)
+            {
+                double value = 0.;
+                back.get_at(i, j, value);
+                ASSERT_NEAR(value, 500. - 0.01 * i + 0.001 * j, 1e-6) << label << " at " << i << "," << j;
+            }
     }
 }

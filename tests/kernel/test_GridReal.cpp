@@ -564,6 +564,18 @@ TEST(GridReal, GslibAndAsciiNeedTheGeometry)
     ASSERT_TRUE(same.read(path)) << same.getError();
     expect_same_values(single, same, "gslib");
 
+    // Without a geometry there is nothing to fill: said, not read as an empty grid. Read on a
+    // geometry, the file fills it; an F2G file keeps its own.
+    GridReal bare;
+    EXPECT_FALSE(bare.read(path));
+    EXPECT_EQ(bare.getError(),
+              "Invalid GSLIB file " + path + ": the file holds no grid geometry, and none was given.");
+    ASSERT_TRUE(bare.read_on(path, GridParams(1., 1., 1., 3, 2, 2, 0., 0., 0.))) << bare.getError();
+    expect_same_values(single, bare, "gslib on a geometry");
+    ASSERT_TRUE(single.write(dir.file("own.f2g"), nullptr, GRID_FORMAT_F2G, "+X +Y +Z"));
+    ASSERT_TRUE(bare.read_on(dir.file("own.f2g"), GridParams(5., 5., 7, 7)));
+    EXPECT_EQ(bare.getNx(), 3);
+
     // "NA" stops the number reader: a GSLIB file with undefined nodes cannot be read back.
     single.set_at(1, 1, 0, 1e30);
     ASSERT_TRUE(single.write(path, nullptr, GRID_FORMAT_GSLIB, ""));
@@ -598,6 +610,10 @@ TEST(GridReal, GslibAndAsciiNeedTheGeometry)
             }
     EXPECT_EQ(read_file(apath), expected);
     EXPECT_EQ(GridReal::get_format(apath), -2);
+    GridReal no_geometry;
+    EXPECT_FALSE(no_geometry.read(apath));
+    EXPECT_EQ(no_geometry.getError(),
+              "Plain ascii grid file " + apath + " holds no grid geometry, and none was given.");
     GridReal plain_back(1., 1., 1., 2, 3, 2, 0., 0., 0.);
     ASSERT_TRUE(plain_back.read(apath)) << plain_back.getError();
     expect_same_values(plain, plain_back, "ascii");

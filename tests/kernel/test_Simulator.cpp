@@ -281,3 +281,31 @@ TEST(Simulator, TwoRunsFromOneSeedGiveTheSameBlock)
 }
 
 } // namespace
+
+namespace
+{
+Simulator* g_failing = nullptr;
+
+// An iteration that always fails the same way, as a full disk would.
+bool failing_iteration(int)
+{
+    g_failing->getTracer()->error("Cannot write the statistics line");
+    return true;
+}
+} // namespace
+
+TEST(Simulator, AFailureBackAtEveryIterationStopsTheRun)
+{
+    auto sim = small_simulator();
+    ASSERT_EQ(sim->init(false), MP_STATUS_OK);
+    ASSERT_EQ(sim->newSequence(), MP_STATUS_OK);
+    g_failing = sim.get();
+    sim->getTracer()->setProgressFunction(failing_iteration);
+    g_trace.clear();
+    // Seen first at iteration 1, then back in 3 iterations in a row.
+    EXPECT_EQ(sim->run(50), MP_STATUS_FAILURE);
+    EXPECT_EQ(sim->getAge(), 4u);
+    EXPECT_EQ(sim->getLastMessage(), "Simulator::run : the same error came back in 3 iterations in a row: "
+                                     "the run is stopped at iteration 4");
+    sim->getTracer()->setProgressFunction(nullptr);
+}

@@ -94,6 +94,27 @@ TEST_F(Captured, LevelsFilterWhatReachesTheFunction)
     EXPECT_EQ(g_text, "    Debug     : deep\n");
 }
 
+TEST_F(Captured, ErrorsAreCountedAndKeptOnceEvenWhenHidden)
+{
+    tracer.error("first\nsecond");
+    tracer.setTracerId(3);
+    tracer.error("first\nsecond");
+    tracer.warning("not an error");
+    tracer.setTraceLevel(TRACE_FATAL);
+    tracer.error("hidden");
+    EXPECT_EQ(g_text.find("hidden"), std::string::npos);
+    EXPECT_EQ(tracer.getErrorCount(), 3u);
+    EXPECT_EQ(tracer.getDistinctErrors(), (std::vector<std::string>{"first\nsecond", "hidden"}));
+    // Texts that change at every turn are counted, but their list is bounded.
+    for (int k = 0; k < 300; ++k)
+        tracer.error("node " + std::to_string(k));
+    EXPECT_EQ(tracer.getErrorCount(), 303u);
+    EXPECT_EQ(tracer.getDistinctErrors().size(), Tracer::MP_MAX_DISTINCT_ERRORS);
+    tracer.resetErrors();
+    EXPECT_EQ(tracer.getErrorCount(), 0u);
+    EXPECT_TRUE(tracer.getDistinctErrors().empty());
+}
+
 TEST_F(Captured, TracerIdPrecedesTheLine)
 {
     EXPECT_EQ(tracer.getTracerId(), 2147483647);
