@@ -199,9 +199,19 @@ double Simulator::getAggradationRate()
 // ---------------------------------------------------------------------------
 // Channel measures
 
+// Read from the points as the last flow computation left them: asking the
+// channel to compute its perturbation again would integrate the flow once more
+// and change the course of the next migration.
 double Simulator::getMeanVelocityPerturbation()
 {
-    return channel_measure(_network.get(), [](Channel* c) { return c->mean_velocity_perturbation(); });
+    return channel_measure(_network.get(),
+                           [](Channel* c)
+                           {
+                               double sum = 0.;
+                               for (const ChannelPoint* cp = c->first(); cp != nullptr; cp = cp->next())
+                                   sum += std::fabs(cp->flow().u1());
+                               return sum / c->number_of_points();
+                           });
 }
 
 double Simulator::getSinuosity()

@@ -174,6 +174,80 @@ TEST(Statistics, ColumnsHoldTheMeasuresTheyName)
     EXPECT_EQ(fields_of(cl.back())[0], "60");
 }
 
+namespace
+{
+
+// Which statistics a run writes; all off is the run the others must match.
+struct StatsSwitches
+{
+    const char* name;
+    bool iteration;
+    bool avulsion;
+    bool proportions;
+    bool centerline;
+    bool grainsize;
+    unsigned int interval;
+};
+
+// The same seed with avulsions, so that lines are also written before them;
+// returns the dump of the block after 120 iterations.
+std::string block_after_run(const TempDir& dir, const StatsSwitches& s)
+{
+    Simulator sim;
+    sim.getParameters()->setUsingDistrib(2);
+    iTracer* tracer = sim.getTracer();
+    tracer->setTraceFunction(silent);
+    tracer->setGenerateStatsIteration(s.iteration);
+    tracer->setGenerateStatsAvulsion(s.avulsion);
+    tracer->setGenerateStatsProps(s.proportions);
+    tracer->setGenerateCenterlineStats(s.centerline);
+    tracer->setGenerateGrainsizeStats(s.grainsize);
+    tracer->setStatsFile(dir.file(std::string(s.name) + ".csv"));
+    tracer->setCenterlineStatsFile(dir.file(std::string(s.name) + "_cl.csv"));
+    tracer->setGrainsizeStatsFile(dir.file(std::string(s.name) + "_gr.csv"));
+    tracer->setStatsInterval(s.interval);
+    iParameters* p = sim.getParameters();
+    p->setParamInt("DOMAIN_NX", 100);
+    p->setParamInt("DOMAIN_NY", 80);
+    p->setParamInt("SIM_SEED", 20240611);
+    p->setParamInt("AV_LOC_FREQ", 1);
+    p->setParamInt("AV_LOC_PERIOD", 35);
+    p->setParamInt("AV_REG_FREQ", 1);
+    p->setParamInt("AV_REG_PERIOD", 50);
+    EXPECT_EQ(sim.init(false), 0) << sim.getLastMessage();
+    EXPECT_EQ(sim.newSequence(), 0) << sim.getLastMessage();
+    EXPECT_EQ(sim.run(120), 0) << sim.getLastMessage();
+    EXPECT_EQ(sim.endSequence(), 0);
+    const std::string block = dir.file(std::string(s.name) + ".dump");
+    EXPECT_TRUE(sim.saveDomain(block));
+    return read_file(block);
+}
+
+} // namespace
+
+// Statistics only read the model: asking for them never gives another realisation.
+TEST(Statistics, WritingThemLeavesTheBlockOfTheSeedUnchanged)
+{
+    const StatsSwitches cases[] = {
+        {"every_10", true, false, false, false, false, 10},
+        {"every_iteration", true, false, false, false, false, 1},
+        {"proportions", true, false, true, false, false, 10},
+        {"centerline", true, false, false, true, false, 10},
+        {"grainsize", true, false, false, false, true, 10},
+        {"avulsions", false, true, true, true, false, 10},
+    };
+    TempDir dir;
+    const std::string without = block_after_run(dir, {"none", false, false, false, false, false, 10});
+    ASSERT_FALSE(without.empty());
+    for (const StatsSwitches& s : cases)
+    {
+        EXPECT_TRUE(block_after_run(dir, s) == without)
+            << s.name << ": another block than without statistics";
+        EXPECT_GE(lines_of(read_file(dir.file(std::string(s.name) + ".csv"))).size(), 2u)
+            << s.name << ": no statistics line was written";
+    }
+}
+
 TEST(Statistics, OnlyTheResearchTierWritesLines)
 {
     TempDir dir;
