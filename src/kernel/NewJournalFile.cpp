@@ -16,6 +16,7 @@
 #include <fstream>
 #include <istream>
 #include <sstream>
+#include <utility>
 
 namespace
 {
@@ -289,109 +290,150 @@ bool NewJournalFile::read_keyword(const std::string& key, const std::string& val
     return ok;
 }
 
+// The keywords of the inputs, checked in this order; each reader returns what
+// the line's reading gives (false with the message already set).
 bool NewJournalFile::read_input_keyword(const std::string& key, const std::string& value, bool& known)
 {
-    iTracer* tracer = _simulator->getTracer();
-    int flag = 0;
-    int number = 0;
-    if (key == "VERBOSE")
+    using Reader = bool (*)(NewJournalFile&, const std::string&, const std::string&);
+    static const Reader wells = [](NewJournalFile& batch, const std::string& key, const std::string& value)
     {
-        if (!toFlag(value, flag))
-            return bad_value(key, value);
-        _verbose = flag;
-        tracer->setVerbose(flag == 1);
-    }
-    else if (key == "TRACE_LEVEL")
-    {
-        if (!toInt(value, number))
-            return bad_value(key, value);
-        _traceLevel = number;
-        tracer->setTraceLevel(number);
-    }
-    else if (key == "USE_TURBIDITE")
-    {
-        if (!toInt(value, number))
-            return bad_value(key, value);
-        if (number == 2)
-            return fail("Wrong turbidite option (use 0 or 1 as 2 is now deprecated)");
-        if (number != 0 && number != 1)
-            return bad_value(key, value);
-        _useTurbidite = number;
-    }
-    else if (key == "FORCE_SIMU")
-    {
-        if (!toFlag(value, flag))
-            return bad_value(key, value);
-        _forceSimu = flag;
-    }
-    else if (key == "WELL_FILE" || key == "WELL_TRAJ" || key == "WELL_NAME")
-    {
-        if (!allowed(key, GATE_NOT_FREE))
+        if (!batch.allowed(key, GATE_NOT_FREE))
             return true;
         if (key == "WELL_FILE")
-            _wellFiles.push_back(filename(value));
+            batch._wellFiles.push_back(batch.filename(value));
         else if (key == "WELL_TRAJ")
-            _wellTrajectories.push_back(filename(value));
+            batch._wellTrajectories.push_back(batch.filename(value));
         else
-            _wellNames.push_back(value);
-    }
-    else if (key == "USER_CLASS_TYPE")
+            batch._wellNames.push_back(value);
+        return true;
+    };
+    static const Reader class_intervals =
+        [](NewJournalFile& batch, const std::string& key, const std::string& value)
     {
-        if (!allowed(key, GATE_NOT_FREE))
+        if (!batch.allowed(key, GATE_NOT_FREE))
             return true;
-        if (!toInt(value, number))
-            return bad_value(key, value);
-        _userClassType = number;
-        _hasUserClasses = true;
-    }
-    else if (key == "USER_CLASS_FAC_ID")
-    {
-        if (!allowed(key, GATE_NOT_FREE))
-            return true;
-        _userClassFacies.clear();
-        for (const std::string& item : splitList(value))
-        {
-            if (!toInt(item, number))
-                return bad_value(key, value);
-            _userClassFacies.push_back(number);
-        }
-        _hasUserClasses = true;
-    }
-    else if (key == "USER_CLASS_ATT")
-    {
-        _userClassAttributes = splitList(value);
-        _hasUserClasses = true;
-    }
-    else if (key == "USER_CLASS_MIN_ITV" || key == "USER_CLASS_MAX_ITV")
-    {
-        if (!allowed(key, GATE_NOT_FREE))
-            return true;
-        std::vector<double>& list = key == "USER_CLASS_MIN_ITV" ? _userClassMin : _userClassMax;
+        std::vector<double>& list = key == "USER_CLASS_MIN_ITV" ? batch._userClassMin : batch._userClassMax;
         list.clear();
         for (const std::string& item : splitList(value))
         {
             double real = 0.;
             if (!toReal(item, real))
-                return bad_value(key, value);
+                return batch.bad_value(key, value);
             list.push_back(real);
         }
-        _hasUserClasses = true;
-    }
-    else if (key == "BASEMENT_TOPO")
-        _basementTopo = filename(value);
-    else if (key == "BASEMENT_FACIES")
-    {
-        if (!toInt(value, number))
-            return bad_value(key, value);
-        _basementFacies = number;
-    }
-    else if (key == "FLATTENING_FILE")
-    {
-        if (allowed(key, GATE_NOT_FREE))
-            _flatteningFile = filename(value);
-    }
-    else
-        known = false;
+        batch._hasUserClasses = true;
+        return true;
+    };
+    static const std::pair<const char*, Reader> KEYWORDS[] = {
+        {"VERBOSE",
+         [](NewJournalFile& batch, const std::string& key, const std::string& value)
+         {
+             int flag = 0;
+             if (!toFlag(value, flag))
+                 return batch.bad_value(key, value);
+             batch._verbose = flag;
+             batch._simulator->getTracer()->setVerbose(flag == 1);
+             return true;
+         }},
+        {"TRACE_LEVEL",
+         [](NewJournalFile& batch, const std::string& key, const std::string& value)
+         {
+             int number = 0;
+             if (!toInt(value, number))
+                 return batch.bad_value(key, value);
+             batch._traceLevel = number;
+             batch._simulator->getTracer()->setTraceLevel(number);
+             return true;
+         }},
+        {"USE_TURBIDITE",
+         [](NewJournalFile& batch, const std::string& key, const std::string& value)
+         {
+             int number = 0;
+             if (!toInt(value, number))
+                 return batch.bad_value(key, value);
+             if (number == 2)
+                 return batch.fail("Wrong turbidite option (use 0 or 1 as 2 is now deprecated)");
+             if (number != 0 && number != 1)
+                 return batch.bad_value(key, value);
+             batch._useTurbidite = number;
+             return true;
+         }},
+        {"FORCE_SIMU",
+         [](NewJournalFile& batch, const std::string& key, const std::string& value)
+         {
+             int flag = 0;
+             if (!toFlag(value, flag))
+                 return batch.bad_value(key, value);
+             batch._forceSimu = flag;
+             return true;
+         }},
+        {"WELL_FILE", wells},
+        {"WELL_TRAJ", wells},
+        {"WELL_NAME", wells},
+        {"USER_CLASS_TYPE",
+         [](NewJournalFile& batch, const std::string& key, const std::string& value)
+         {
+             if (!batch.allowed(key, GATE_NOT_FREE))
+                 return true;
+             int number = 0;
+             if (!toInt(value, number))
+                 return batch.bad_value(key, value);
+             batch._userClassType = number;
+             batch._hasUserClasses = true;
+             return true;
+         }},
+        {"USER_CLASS_FAC_ID",
+         [](NewJournalFile& batch, const std::string& key, const std::string& value)
+         {
+             if (!batch.allowed(key, GATE_NOT_FREE))
+                 return true;
+             batch._userClassFacies.clear();
+             for (const std::string& item : splitList(value))
+             {
+                 int number = 0;
+                 if (!toInt(item, number))
+                     return batch.bad_value(key, value);
+                 batch._userClassFacies.push_back(number);
+             }
+             batch._hasUserClasses = true;
+             return true;
+         }},
+        {"USER_CLASS_ATT",
+         [](NewJournalFile& batch, const std::string&, const std::string& value)
+         {
+             batch._userClassAttributes = splitList(value);
+             batch._hasUserClasses = true;
+             return true;
+         }},
+        {"USER_CLASS_MIN_ITV", class_intervals},
+        {"USER_CLASS_MAX_ITV", class_intervals},
+        {"BASEMENT_TOPO",
+         [](NewJournalFile& batch, const std::string&, const std::string& value)
+         {
+             batch._basementTopo = batch.filename(value);
+             return true;
+         }},
+        {"BASEMENT_FACIES",
+         [](NewJournalFile& batch, const std::string& key, const std::string& value)
+         {
+             int number = 0;
+             if (!toInt(value, number))
+                 return batch.bad_value(key, value);
+             batch._basementFacies = number;
+             return true;
+         }},
+        {"FLATTENING_FILE",
+         [](NewJournalFile& batch, const std::string& key, const std::string& value)
+         {
+             if (batch.allowed(key, GATE_NOT_FREE))
+                 batch._flatteningFile = batch.filename(value);
+             return true;
+         }},
+    };
+    for (const auto& [keyword, read] : KEYWORDS)
+        if (key == keyword)
+            return read(*this, key, value);
+    known = false;
     return true;
 }
 
