@@ -1,7 +1,8 @@
 // Lateral migration of the centerline: each point moves along its normal by
 // the time step times the erodibility of the bank it attacks times its
 // near-bank velocity perturbation; and the small companions of that step
-// (elevation smoothing, well steering, tectonics, bilinear lookups).
+// (elevation smoothing, well steering, tectonics, bilinear lookups, the ends
+// held at the reference lines, the distances to the equilibrium elevation).
 
 #include "kernel/Channel.h"
 
@@ -11,7 +12,9 @@
 #include "kernel/DepositionSet.h"
 #include "kernel/Domain.h"
 #include "kernel/MeanderCalculator.h"
+#include "kernel/Vector2D.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 
@@ -328,4 +331,64 @@ double Channel::bilinear_elevation(const Domain* domain, const Point2D& p)
     return cell.mix(
         [domain](int i, int j)
         { return domain->get_topo_extrapolated(true, true, i, j, MP_UNDEF_INT, MP_UNDEF_INT, true); });
+}
+
+// ---------------------------------------------------------------------------
+// Ends held at the reference lines across the flow
+
+bool Channel::constrain_extremities(const Point2D& up_ref, const Point2D& down_ref, double fx, double fy)
+{
+    if (_first == nullptr || _last == nullptr || _first == _last)
+        return false;
+    const Vector2D f(fx, fy);
+    const int count = _nb_cp;
+    // Upstream: drop a point standing beyond the line with its follower, or
+    // slide it along the first segment onto the line.
+    ChannelPoint* p0 = _first;
+    ChannelPoint* p1 = p0->next();
+    if (f.scalar(*p0 - up_ref) < 0. && f.scalar(*p1 - up_ref) < 0. && _nb_cp > 2)
+    {
+        _first = p1;
+        p1->prev(nullptr);
+        p0->next(nullptr);
+        delete p0;
+        --_nb_cp;
+    }
+    else
+    {
+        const Point3D seg = *p1 - *p0;
+        const double r = f.scalar(up_ref - *p0) / std::max(f.scalar(seg), 1e-6);
+        if (std::fabs(r) < 1.5)
+            static_cast<Point3D&>(*p0) = *p0 + seg * r;
+    }
+    // Downstream, the mirror.
+    ChannelPoint* pn = _last;
+    ChannelPoint* pm = pn->prev();
+    if (f.scalar(*pn - down_ref) > 0. && f.scalar(*pm - down_ref) > 0. && _nb_cp > 2)
+    {
+        _last = pm;
+        pm->next(nullptr);
+        pn->prev(nullptr);
+        delete pn;
+        --_nb_cp;
+    }
+    else
+    {
+        const Point3D seg = *pn - *pm;
+        const double r = f.scalar(down_ref - *pn) / std::max(f.scalar(seg), 1e-6);
+        if (std::fabs(r) < 1.5)
+            static_cast<Point3D&>(*pn) = *pn + seg * r;
+    }
+    return _nb_cp != count;
+}
+
+// ---------------------------------------------------------------------------
+// Elevations against the equilibrium profile
+
+void Channel::abs_elevation_to_ep(
+    double ep, std::vector<std::pair<ChannelPoint*, std::pair<double, double>>>& list) const
+{
+    list.clear();
+    for (ChannelPoint* cp = _first; cp != nullptr; cp = cp->next())
+        list.emplace_back(cp, std::make_pair(cp->get_elevation(), std::fabs(cp->get_elevation() - ep)));
 }

@@ -156,14 +156,6 @@ bool AggradInfo::add(const AggradInfo& feeder, AggradInfo& sum)
 // ---------------------------------------------------------------------------
 // Equilibrium elevation
 
-void Channel::abs_elevation_to_ep(
-    double ep, std::vector<std::pair<ChannelPoint*, std::pair<double, double>>>& list) const
-{
-    list.clear();
-    for (ChannelPoint* cp = _first; cp != nullptr; cp = cp->next())
-        list.emplace_back(cp, std::make_pair(cp->get_elevation(), std::fabs(cp->get_elevation() - ep)));
-}
-
 // A step shaves the points farthest from the equilibrium first, so that a
 // channel with relief flattens before it moves as a whole.
 void Network::go_to_ep(double step)

@@ -10,7 +10,9 @@
 #include "kernel/BatchPaths.h"
 
 #include <filesystem>
+#include <fstream>
 #include <sstream>
+#include <unistd.h>
 
 namespace
 {
@@ -97,4 +99,59 @@ bool NewJournalFile::createOutputFolders()
         return true;
     _simulator->getTracer()->error(message);
     return false;
+}
+
+// ---------------------------------------------------------------------------
+// Paths
+
+std::string NewJournalFile::filename(const std::string& name, bool isDirectory) const
+{
+    if (name.empty())
+        return name;
+    std::filesystem::path path(name);
+    if (path.is_relative())
+        path = std::filesystem::path(_directory) / path;
+    std::string result = path.lexically_normal().string();
+    if (isDirectory)
+        while (result.size() > 1 && result.back() == '/')
+            result.pop_back();
+    return result;
+}
+
+std::string NewJournalFile::directory(const std::string& path)
+{
+    const std::string parent = std::filesystem::path(path).parent_path().string();
+    return parent.empty() ? "." : parent;
+}
+
+bool NewJournalFile::isReadable(const std::string& path)
+{
+    std::error_code code;
+    if (path.empty() || std::filesystem::is_directory(path, code))
+        return false;
+    std::ifstream file(path);
+    return file.is_open();
+}
+
+bool NewJournalFile::isWritable(const std::string& path)
+{
+    std::error_code code;
+    if (path.empty() || std::filesystem::is_directory(path, code))
+        return false;
+    if (std::filesystem::exists(path, code))
+        return ::access(path.c_str(), W_OK) == 0;
+    // Missing folders are made when the batch runs: the nearest one that exists must take them.
+    std::filesystem::path parent = std::filesystem::path(directory(path));
+    while (!std::filesystem::exists(parent, code) && parent.has_parent_path() &&
+           parent != parent.parent_path())
+        parent = parent.parent_path();
+    return std::filesystem::is_directory(parent, code) && ::access(parent.c_str(), W_OK) == 0;
+}
+
+bool NewJournalFile::createDirectory(const std::string& path)
+{
+    std::error_code code;
+    if (std::filesystem::is_directory(path, code))
+        return true;
+    return std::filesystem::create_directories(path, code) && !code;
 }

@@ -284,133 +284,174 @@ bool NewJournalSequence::read_keyword(const std::string& key, const std::string&
     return read_parameter(key, value);
 }
 
+// The keywords of the actions, checked in this order; each reader returns what
+// the line's reading gives (false with the message already set).
 bool NewJournalSequence::read_action_keyword(const std::string& key, const std::string& value,
                                              const std::string& line, bool& known)
 {
-    iTracer* tracer = _simulator->getTracer();
-    int number = 0;
-    double real = 0.;
-    if (key == "LAUNCH_IT")
+    using Reader = bool (*)(NewJournalSequence&, const std::string&, const std::string&, const std::string&);
+    static const Reader snapshot_dir =
+        [](NewJournalSequence& seq, const std::string& key, const std::string& value, const std::string&)
     {
-        if (!read_int(key, value, number))
-            return false;
-        if (number < -1)
-            return bad_value(key, value, "-1 or a positive count is expected");
-        _launchIt = number;
-    }
-    else if (key == "LAUNCH_ZUL")
-    {
-        tracer->error(
-            "LAUNCH_ZUL keyword is deprecated. Please, use LAUNCH_IT = -1 and ZUL_FILE/ZUL_TOPO = " + value);
-        _failed = true;
-        return false;
-    }
-    else if (key == "NEW_TOPO")
-    {
-        _hasTopo = true;
-        _topoFile.clear();
-        _topoValue = MP_UNDEF_REAL;
-        if (!NewJournalFile::toReal(value, _topoValue))
-            _topoFile = path_of(value);
-    }
-    else if (key == "NEW_TOPO_MODE")
-        return read_int(key, value, _topoMode);
-    else if (key == "NEW_TOPO_FACIES")
-        return read_int(key, value, _topoFacies);
-    else if (key == "NEW_CL_FILE")
-    {
-        _hasClFile = true;
-        _clFile = path_of(value);
-    }
-    else if (key == "NEW_CL_POINT")
-    {
-        std::istringstream in(value);
-        double x = 0.;
-        double y = 0.;
-        std::string rest;
-        if (!(in >> x >> y) || (in >> rest) || !std::isfinite(x) || !std::isfinite(y))
-            return refuse("Bad formated line for NEW_CL_POINT: " + line +
-                          ": two coordinates x y are expected" + at(key));
-        _hasClPoint = true;
-        _clX = x;
-        _clY = y;
-    }
-    else if (key == "ZUL_FILE")
-    {
-        _hasZulFile = true;
-        _zulFile = path_of(value);
-    }
-    else if (key == "ZUL_TOPO")
-        return read_real(key, value, _zulTopo);
-    else if (key == "ZUL_TYPE")
-        return read_int(key, value, _zulType);
-    else if (key == "EMAP_FILE")
-    {
-        if (!allowed(key, GATE_NOT_FREE))
+        if (!seq.allowed(key, GATE_RESEARCH))
             return true;
-        _hasEmapFile = true;
-        _emapFile = path_of(value);
-    }
-    else if (key == "EMAP_OFFSET")
-    {
-        if (allowed(key, GATE_NOT_FREE))
-            return read_real(key, value, _emapOffset);
-    }
-    else if (key == "TECTO_FILE")
-    {
-        if (!allowed(key, GATE_RESEARCH))
-            return true;
-        _hasTectoFile = true;
-        _tectoFile = path_of(value);
-    }
-    else if (key == "SNAP_LOAD_DIR" || key == "SNAP_SAVE_DIR")
-    {
-        if (!allowed(key, GATE_RESEARCH))
-            return true;
-        std::string dir = path_of(value);
+        std::string dir = seq.path_of(value);
         while (dir.size() > 1 && dir.back() == '/')
             dir.pop_back();
-        (key == "SNAP_LOAD_DIR" ? _snapLoadDir : _snapSaveDir) = dir;
-    }
-    else if (in_list(key,
-                     {"NEXUS_HMAX", "NEXUS_ISBX", "NEXUS_SAND", "NEQSUS_HMAX", "NEQSUS_ISBX", "NEQSUS_SAND"}))
+        (key == "SNAP_LOAD_DIR" ? seq._snapLoadDir : seq._snapSaveDir) = dir;
+        return true;
+    };
+    static const Reader nexus_value =
+        [](NewJournalSequence& seq, const std::string& key, const std::string& value, const std::string&)
     {
+        double real = 0.;
         const bool nexus = key.compare(0, 6, "NEXUS_") == 0;
         const size_t slot = key.find("HMAX") != std::string::npos   ? 0
                             : key.find("ISBX") != std::string::npos ? 1
                                                                     : 2;
-        if (!read_real(key, value, real))
+        if (!seq.read_real(key, value, real))
             return false;
-        (nexus ? _nexus : _neqsus)[slot] = real;
-        (nexus ? _hasNexus : _hasNeqsus) = true;
-    }
-    else if (key == "NEXUS_GRID" || key == "NEQSUS_GRID")
+        (nexus ? seq._nexus : seq._neqsus)[slot] = real;
+        (nexus ? seq._hasNexus : seq._hasNeqsus) = true;
+        return true;
+    };
+    static const Reader nexus_grid =
+        [](NewJournalSequence& seq, const std::string& key, const std::string& value, const std::string&)
     {
         const bool nexus = key == "NEXUS_GRID";
-        if (!read_flag(key, value, nexus ? _nexusGrid : _neqsusGrid))
+        if (!seq.read_flag(key, value, nexus ? seq._nexusGrid : seq._neqsusGrid))
             return false;
-        (nexus ? _hasNexus : _hasNeqsus) = true;
-    }
-    else if (key == "ERASE_FACIES")
-        return read_real(key, value, _eraseFacies);
-    else if (key == "ERASE_FACIES_FK")
-        return read_real(key, value, _eraseFaciesFake);
-    else if (key == "SED_LOAD_VOL")
-    {
-        if (!allowed(key, GATE_NOT_FREE))
-            return true;
-        const std::vector<std::string> items = NewJournalFile::splitList(value);
-        std::vector<int> volumes;
-        for (const std::string& item : items)
-            if (NewJournalFile::toInt(item, number))
-                volumes.push_back(number);
-        if (items.size() != NB_SED_CLASSES || volumes.size() != NB_SED_CLASSES)
-            return refuse("Bad formated line for SED_LOAD_VOL: " + line + ": " + int_text(NB_SED_CLASSES) +
-                          " integer percentages separated by ';' are expected" + at(key));
-        _sedVolumes = volumes;
-    }
-    else
-        known = false;
+        (nexus ? seq._hasNexus : seq._hasNeqsus) = true;
+        return true;
+    };
+    static const std::pair<const char*, Reader> KEYWORDS[] = {
+        {"LAUNCH_IT",
+         [](NewJournalSequence& seq, const std::string& key, const std::string& value, const std::string&)
+         {
+             int number = 0;
+             if (!seq.read_int(key, value, number))
+                 return false;
+             if (number < -1)
+                 return seq.bad_value(key, value, "-1 or a positive count is expected");
+             seq._launchIt = number;
+             return true;
+         }},
+        {"LAUNCH_ZUL",
+         [](NewJournalSequence& seq, const std::string&, const std::string& value, const std::string&)
+         {
+             seq._simulator->getTracer()->error(
+                 "LAUNCH_ZUL keyword is deprecated. Please, use LAUNCH_IT = -1 and ZUL_FILE/ZUL_TOPO = " + value);
+             seq._failed = true;
+             return false;
+         }},
+        {"NEW_TOPO",
+         [](NewJournalSequence& seq, const std::string&, const std::string& value, const std::string&)
+         {
+             seq._hasTopo = true;
+             seq._topoFile.clear();
+             seq._topoValue = MP_UNDEF_REAL;
+             if (!NewJournalFile::toReal(value, seq._topoValue))
+                 seq._topoFile = seq.path_of(value);
+             return true;
+         }},
+        {"NEW_TOPO_MODE", [](NewJournalSequence& seq, const std::string& key, const std::string& value,
+                             const std::string&) { return seq.read_int(key, value, seq._topoMode); }},
+        {"NEW_TOPO_FACIES", [](NewJournalSequence& seq, const std::string& key, const std::string& value,
+                               const std::string&) { return seq.read_int(key, value, seq._topoFacies); }},
+        {"NEW_CL_FILE",
+         [](NewJournalSequence& seq, const std::string&, const std::string& value, const std::string&)
+         {
+             seq._hasClFile = true;
+             seq._clFile = seq.path_of(value);
+             return true;
+         }},
+        {"NEW_CL_POINT",
+         [](NewJournalSequence& seq, const std::string& key, const std::string& value, const std::string& line)
+         {
+             std::istringstream in(value);
+             double x = 0.;
+             double y = 0.;
+             std::string rest;
+             if (!(in >> x >> y) || (in >> rest) || !std::isfinite(x) || !std::isfinite(y))
+                 return seq.refuse("Bad formated line for NEW_CL_POINT: " + line +
+                                   ": two coordinates x y are expected" + seq.at(key));
+             seq._hasClPoint = true;
+             seq._clX = x;
+             seq._clY = y;
+             return true;
+         }},
+        {"ZUL_FILE",
+         [](NewJournalSequence& seq, const std::string&, const std::string& value, const std::string&)
+         {
+             seq._hasZulFile = true;
+             seq._zulFile = seq.path_of(value);
+             return true;
+         }},
+        {"ZUL_TOPO", [](NewJournalSequence& seq, const std::string& key, const std::string& value,
+                        const std::string&) { return seq.read_real(key, value, seq._zulTopo); }},
+        {"ZUL_TYPE", [](NewJournalSequence& seq, const std::string& key, const std::string& value,
+                        const std::string&) { return seq.read_int(key, value, seq._zulType); }},
+        {"EMAP_FILE",
+         [](NewJournalSequence& seq, const std::string& key, const std::string& value, const std::string&)
+         {
+             if (!seq.allowed(key, GATE_NOT_FREE))
+                 return true;
+             seq._hasEmapFile = true;
+             seq._emapFile = seq.path_of(value);
+             return true;
+         }},
+        {"EMAP_OFFSET",
+         [](NewJournalSequence& seq, const std::string& key, const std::string& value, const std::string&)
+         {
+             if (seq.allowed(key, GATE_NOT_FREE))
+                 return seq.read_real(key, value, seq._emapOffset);
+             return true;
+         }},
+        {"TECTO_FILE",
+         [](NewJournalSequence& seq, const std::string& key, const std::string& value, const std::string&)
+         {
+             if (!seq.allowed(key, GATE_RESEARCH))
+                 return true;
+             seq._hasTectoFile = true;
+             seq._tectoFile = seq.path_of(value);
+             return true;
+         }},
+        {"SNAP_LOAD_DIR", snapshot_dir},
+        {"SNAP_SAVE_DIR", snapshot_dir},
+        {"NEXUS_HMAX", nexus_value},
+        {"NEXUS_ISBX", nexus_value},
+        {"NEXUS_SAND", nexus_value},
+        {"NEQSUS_HMAX", nexus_value},
+        {"NEQSUS_ISBX", nexus_value},
+        {"NEQSUS_SAND", nexus_value},
+        {"NEXUS_GRID", nexus_grid},
+        {"NEQSUS_GRID", nexus_grid},
+        {"ERASE_FACIES", [](NewJournalSequence& seq, const std::string& key, const std::string& value,
+                            const std::string&) { return seq.read_real(key, value, seq._eraseFacies); }},
+        {"ERASE_FACIES_FK", [](NewJournalSequence& seq, const std::string& key, const std::string& value,
+                               const std::string&) { return seq.read_real(key, value, seq._eraseFaciesFake); }},
+        {"SED_LOAD_VOL",
+         [](NewJournalSequence& seq, const std::string& key, const std::string& value, const std::string& line)
+         {
+             if (!seq.allowed(key, GATE_NOT_FREE))
+                 return true;
+             const std::vector<std::string> items = NewJournalFile::splitList(value);
+             std::vector<int> volumes;
+             int number = 0;
+             for (const std::string& item : items)
+                 if (NewJournalFile::toInt(item, number))
+                     volumes.push_back(number);
+             if (items.size() != NB_SED_CLASSES || volumes.size() != NB_SED_CLASSES)
+                 return seq.refuse("Bad formated line for SED_LOAD_VOL: " + line + ": " + int_text(NB_SED_CLASSES) +
+                                   " integer percentages separated by ';' are expected" + seq.at(key));
+             seq._sedVolumes = volumes;
+             return true;
+         }},
+    };
+    for (const auto& [keyword, read] : KEYWORDS)
+        if (key == keyword)
+            return read(*this, key, value, line);
+    known = false;
     return true;
 }
 
