@@ -4,6 +4,7 @@
 #include "interface/iSimulator.h"
 #include "interface/iTracer.h"
 #include "kernel/GridReal.h"
+#include "kernel/KeywordDeclarations.h"
 #include "kernel/Parameters.h"
 #include "kernel/Topo.h"
 #include "kernel/Tracer.h"
@@ -554,45 +555,15 @@ bool NewJournalFile::read_stats_keyword(const std::string& key, const std::strin
 
 std::string NewJournalFile::global_suggestion(const std::string& key) const
 {
-    static const std::vector<std::string> KEYWORDS = {"VERBOSE",
-                                                      "TRACE_LEVEL",
-                                                      "USE_TURBIDITE",
-                                                      "FORCE_SIMU",
-                                                      "WELL_FILE",
-                                                      "WELL_TRAJ",
-                                                      "WELL_NAME",
-                                                      "USER_CLASS_TYPE",
-                                                      "USER_CLASS_FAC_ID",
-                                                      "USER_CLASS_ATT",
-                                                      "USER_CLASS_MIN_ITV",
-                                                      "USER_CLASS_MAX_ITV",
-                                                      "BASEMENT_TOPO",
-                                                      "BASEMENT_FACIES",
-                                                      "FLATTENING_FILE",
-                                                      "F2G_FILE",
-                                                      "F2G_IT",
-                                                      "F2G_ZBOT",
-                                                      "F2G_ZTOP",
-                                                      "F2G_DZ",
-                                                      "F2G_FACIES",
-                                                      "F2G_GRAIN",
-                                                      "F2G_AGE",
-                                                      "F2G_ORDER",
-                                                      "STATS_FILE",
-                                                      "STATS_CL_FILE",
-                                                      "STATS_COND_FILE",
-                                                      "STATS_IT",
-                                                      "STATS_AV",
-                                                      "STATS_PROPS",
-                                                      "STATS_CL",
-                                                      "SLICE_Z",
-                                                      "SLICE_FILE",
-                                                      "TOPO_FILE",
-                                                      "HISTO_FILE",
-                                                      "HISTO_DZ",
-                                                      "HISTO_NZ",
-                                                      "EXP_WELL",
-                                                      "PNG_DIR"};
+    // The keywords the reference declares for this section.
+    static const std::vector<std::string> KEYWORDS = []
+    {
+        std::vector<std::string> names;
+        for (const KeywordDeclaration& declared : KeywordDeclarations::all())
+            if (declared.section == SECTION_GLOBAL)
+                names.push_back(declared.name);
+        return names;
+    }();
     return journal_support::suggestion(key, KEYWORDS);
 }
 

@@ -4,6 +4,7 @@
 #include "TestSupport.h"
 #include "kernel/Core.h"
 #include "kernel/GridReal.h"
+#include "kernel/KeywordDeclarations.h"
 
 #include <random>
 #include <sys/stat.h>
@@ -90,6 +91,32 @@ TEST(NewJournalFile, StructureOfTheFile)
     // A section marker that is not a sequence after the sequences is refused.
     EXPECT_FALSE(
         load_batch(sim, dir, "[GLOBAL]\nF2G_DZ = 1\nF2G_FACIES = 1\n[NEW_SEQ]\nLAUNCH_IT = 1\n[NEW]\n"));
+}
+
+// The reference and the reader name the same keywords: none that the reference
+// declares is unknown to the reader of its section.
+TEST(NewJournalFile, EveryDeclaredKeywordIsRead)
+{
+    TempDir dir;
+    FakeSimulator sim;
+    for (const KeywordDeclaration& declared : KeywordDeclarations::all())
+    {
+        const std::string name = declared.name;
+        const std::string line = name + " = 1\n";
+        if (declared.section == SECTION_GLOBAL)
+        {
+            load_batch(sim, dir,
+                       "[GLOBAL]\n" + line + "F2G_FILE = b.f2g\nF2G_DZ = 1\nF2G_FACIES = 1\n" + SEQUENCE);
+            EXPECT_FALSE(traced("Unknown keyword: " + name + " ")) << trace_text();
+        }
+        else
+        {
+            load_batch(sim, dir,
+                       "[GLOBAL]\nF2G_FILE = b.f2g\nF2G_DZ = 1\nF2G_FACIES = 1\n" + std::string(SEQUENCE) +
+                           line);
+            EXPECT_FALSE(traced("Unknown parameter :" + name)) << trace_text();
+        }
+    }
 }
 
 TEST(NewJournalFile, LineDialect)
