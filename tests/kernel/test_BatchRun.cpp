@@ -22,25 +22,15 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+using testing_support::capture;
+using testing_support::g_trace;
 using testing_support::read_file;
 using testing_support::TempDir;
+using testing_support::traced;
 using testing_support::write_file;
 
 namespace
 {
-
-std::string g_trace;
-
-void capture(const char* text, TraceLevel)
-{
-    g_trace += text;
-    g_trace += '\n';
-}
-
-bool traced(const std::string& text)
-{
-    return g_trace.find(text) != std::string::npos;
-}
 
 struct Deleter
 {

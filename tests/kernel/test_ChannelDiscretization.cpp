@@ -12,25 +12,20 @@
 #include <vector>
 
 using testing_support::assertion_text;
+using testing_support::capture_warnings;
+using testing_support::g_trace;
 using testing_support::is_assertion_of;
 
 namespace
 {
-
-std::string g_warnings;
-void collect(const char* text, TraceLevel level)
-{
-    if (level <= TRACE_WARNING)
-        g_warnings += text;
-}
 
 class DiscretizationTest : public ::testing::Test
 {
 protected:
     DiscretizationTest() : params(&tracer), mc(&params, &tracer)
     {
-        g_warnings.clear();
-        tracer.setTraceFunction(collect);
+        g_trace.clear();
+        tracer.setTraceFunction(capture_warnings);
     }
 
     // A channel of half-width `w2` through the given points.
@@ -106,7 +101,7 @@ TEST_F(DiscretizationTest, StraightChannelKeepsItsPointsAndDoublesTheLastSegment
     ch->discretization();
     EXPECT_EQ(ch->number_of_points(), 6);
     EXPECT_DOUBLE_EQ(ch->last()->getS(), 12.);
-    EXPECT_TRUE(g_warnings.empty()) << g_warnings;
+    EXPECT_TRUE(g_trace.empty()) << g_trace;
 }
 
 TEST_F(DiscretizationTest, LimitsAreInclusive)
@@ -180,11 +175,10 @@ TEST_F(DiscretizationTest, CancellingDirectionsLoseAPoint)
     EXPECT_EQ(positions(*ch), (std::vector<Point2D>{Point2D(0., 0.), Point2D(1., 0.), Point2D(1., 1.),
                                                     Point2D(2., 1.), Point2D(3., 1.)}));
     EXPECT_EQ(ch->number_of_points(), 5);
-    EXPECT_NE(g_warnings.find("Error while adding a channel point (d1 is null)"), std::string::npos)
-        << g_warnings;
-    EXPECT_NE(g_warnings.find("Deleting point: (-1, 0) between (1, 0) and (1, 1)"), std::string::npos)
-        << g_warnings;
-    EXPECT_EQ(g_warnings.rfind("#  WARNING  # : ", 0), 0U);
+    EXPECT_NE(g_trace.find("Error while adding a channel point (d1 is null)"), std::string::npos) << g_trace;
+    EXPECT_NE(g_trace.find("Deleting point: (-1, 0) between (1, 0) and (1, 1)"), std::string::npos)
+        << g_trace;
+    EXPECT_EQ(g_trace.rfind("#  WARNING  # : ", 0), 0U);
     expect_discretized(*ch, "after the loss");
 }
 
@@ -257,5 +251,5 @@ TEST_F(DiscretizationTest, SpacingHoldsWhileTheChannelGrowsAndShrinks)
             EXPECT_LT(ch->number_of_points(), before) << "sweep " << sweep;
         }
     }
-    EXPECT_TRUE(g_warnings.empty()) << g_warnings;
+    EXPECT_TRUE(g_trace.empty()) << g_trace;
 }

@@ -15,11 +15,10 @@
 
 using testing_support::assertion_text;
 using testing_support::is_assertion_of;
+using testing_support::silent;
 
 namespace
 {
-
-void silent(const char*, TraceLevel) {}
 
 constexpr double WIDTH = 20.;
 constexpr double HMAX = 3.;

@@ -3,6 +3,7 @@
 
 #include "kernel/Channel.h"
 
+#include "NetworkParts.h"
 #include "TestSupport.h"
 #include "kernel/Constants.h"
 #include "kernel/DepositionSet.h"
@@ -23,59 +24,23 @@
 
 using testing_support::assertion_text;
 using testing_support::is_assertion_of;
+using testing_support::silent;
 
 namespace
 {
 
-constexpr double TOP = 10.;
+constexpr double TOP = testing_support::ReachParts::REACH_TOP;
 constexpr double YEAR = 31557600.;
 
-void quiet(const char*, TraceLevel) {}
-
-class MigrationTest : public ::testing::Test
+class MigrationTest : public ::testing::Test, protected testing_support::ReachParts
 {
 protected:
     MigrationTest()
     {
-        tracer.setTraceFunction(quiet);
+        tracer.setTraceFunction(silent);
         proportions = params.getSedProportions();
     }
 
-    // A flat domain of uniform erodibility, TOP metres of overbank on every node.
-    std::unique_ptr<Domain> make_domain(int nx, int ny, double dx)
-    {
-        auto domain = std::make_unique<Domain>(&mc, &seed, &mb, nullptr, dx, dx, nx, ny, Point2D(0., 0.), 0.,
-                                               0., 0u, Facies(Overbank::_fd.id()));
-        domain->set_margins(12, 12);
-        domain->update_slope(0.001, 0.);
-        domain->deposit_uniform_thickness(TOP, Facies(Overbank::_fd.id()), 0u);
-        domain->update_slope(0.001, 0.);
-        return domain;
-    }
-
-    // A channel through the given positions, at elevation TOP, with its flow set up.
-    std::unique_ptr<Channel> make_channel(const std::vector<Point3D>& points, double width = 30.)
-    {
-        auto channel = std::make_unique<Channel>(&mc, points);
-        channel->init_geom(3., width, 375., 0.001);
-        channel->init_flow();
-        channel->update_flow_sinuosity();
-        return channel;
-    }
-
-    static std::vector<Point3D> straight(int n, double step, double y)
-    {
-        std::vector<Point3D> points;
-        for (int i = 0; i < n; i++)
-            points.emplace_back(i * step, y, TOP);
-        return points;
-    }
-
-    Tracer tracer;
-    Parameters params{&tracer};
-    MeanderCalculator mc{&params, &tracer};
-    SeedGenerator seed;
-    MassBalance mb;
     std::vector<double> proportions;
 };
 
@@ -101,7 +66,7 @@ TEST_F(MigrationTest, TimeStepIsFormedInThirtyTwoBits)
 
 TEST_F(MigrationTest, SmoothingUsesValuesBeforeSmoothing)
 {
-    std::vector<Point3D> points = straight(4, 10., 0.);
+    std::vector<Point3D> points = straight(4, 0., 10., 0.);
     const double z[] = {0., 3., 9., 3.};
     for (int i = 0; i < 4; i++)
         points[i].set_elevation(z[i]);
@@ -114,7 +79,7 @@ TEST_F(MigrationTest, SmoothingUsesValuesBeforeSmoothing)
 
     Channel empty(&mc);
     EXPECT_TRUE(is_assertion_of(assertion_text([&] { empty.smooth_elevations(); }), "_first != NULL"));
-    Channel single(&mc, straight(2, 10., 0.));
+    Channel single(&mc, straight(2, 0., 10., 0.));
     single.delete_between(single.last(), single.last());
     EXPECT_TRUE(is_assertion_of(assertion_text([&] { single.smooth_elevations(); }), "_first != _last"));
 }
@@ -166,7 +131,7 @@ TEST_F(MigrationTest, EachPointMovesAlongItsNormalByItsOwnStep)
         for (int i = 0; i < 40; i++)
             domain->getObject(i, j).deposit_thickness(2., Facies(Overbank::_fd.id()), 0u, &mb);
 
-    Channel channel(&mc, straight(5, 15., 200.));
+    Channel channel(&mc, straight(5, 0., 15., 200.));
     channel.init_geom(3., 30., 375., 0.001);
     channel.init_flow();
     const double u1[] = {0.2, -0.2, 0., 0.2, 0.2};
@@ -246,7 +211,7 @@ TEST_F(MigrationTest, SineChannelGrowsItsBendsAndKeepsItsSpacing)
 
 TEST_F(MigrationTest, StatusSpreadsOverTheMeanderOfItsPoint)
 {
-    Channel channel(&mc, straight(8, 15., 0.));
+    Channel channel(&mc, straight(8, 0., 15., 0.));
     channel.init_geom(3., 30., 375., 0.001);
     const double u1[] = {0.1, -0.1, -0.2, -0.3, -0.1, 0., 0.2, 0.1};
     int i = 0;
@@ -273,7 +238,7 @@ TEST_F(MigrationTest, OneWellIsKeptByMeander)
     std::vector<std::unique_ptr<Well>> wells;
     for (int k = 0; k < 8; ++k)
         wells.push_back(std::make_unique<Well>(&params, &tracer));
-    Channel channel(&mc, straight(8, 15., 0.));
+    Channel channel(&mc, straight(8, 0., 15., 0.));
     channel.init_geom(3., 30., 375., 0.001);
     const double u1[] = {0.1, 0.2, 0.1, 0.3, -0.1, -0.2, -0.1, -0.3};
     int i = 0;

@@ -4,6 +4,7 @@
 
 #include "kernel/Channel.h"
 
+#include "NetworkParts.h"
 #include "TestSupport.h"
 #include "kernel/Constants.h"
 #include "kernel/DepositionSet.h"
@@ -26,24 +27,19 @@
 #include <vector>
 
 using testing_support::assertion_text;
+using testing_support::capture;
+using testing_support::g_trace;
 using testing_support::is_assertion_of;
 
 namespace
 {
 
-constexpr double TOP = 10.;
+constexpr double TOP = testing_support::ReachParts::REACH_TOP;
 constexpr double YEAR = 31557600.;
 // Thickness resolution of the stacks.
 constexpr double STEP = 0.01;
 
-std::string g_trace;
-
-void capture(const char* text, TraceLevel)
-{
-    g_trace += text;
-}
-
-class SectionTest : public ::testing::Test
+class SectionTest : public ::testing::Test, protected testing_support::ReachParts
 {
 protected:
     SectionTest()
@@ -52,40 +48,6 @@ protected:
         tracer.setTraceFunction(capture);
     }
 
-    // A flat domain, TOP metres of overbank on every node.
-    std::unique_ptr<Domain> make_domain(int nx, int ny, double dx)
-    {
-        auto domain = std::make_unique<Domain>(&mc, &seed, &mb, nullptr, dx, dx, nx, ny, Point2D(0., 0.), 0.,
-                                               0., 0u, overbank);
-        domain->set_margins(12, 12);
-        domain->deposit_uniform_thickness(TOP, overbank, 0u);
-        domain->update_slope(0.001, 0.);
-        return domain;
-    }
-
-    std::unique_ptr<Channel> make_channel(const std::vector<Point3D>& points)
-    {
-        auto channel = std::make_unique<Channel>(&mc, points);
-        channel->init_geom(3., 30., 375., 0.001);
-        channel->init_flow();
-        channel->update_flow_sinuosity();
-        return channel;
-    }
-
-    // Points `step` apart along y = y0, at elevation TOP.
-    static std::vector<Point3D> straight(int n, double x0, double step, double y0)
-    {
-        std::vector<Point3D> points;
-        for (int i = 0; i < n; i++)
-            points.emplace_back(x0 + i * step, y0, TOP);
-        return points;
-    }
-
-    Tracer tracer;
-    Parameters params{&tracer};
-    MeanderCalculator mc{&params, &tracer};
-    SeedGenerator seed;
-    MassBalance mb;
     const Facies overbank{Overbank::_fd.id()};
     const unsigned char pb = PointBar::_fd.id();
     const unsigned char sp = SandPlug::_fd.id();

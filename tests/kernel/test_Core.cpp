@@ -1,6 +1,7 @@
 // Logs as lists of intervals: construction, ordering, trimming, closing of
 // thin gaps, cutting, splitting of deviated wells, comparison, shifts and
 // translation of user attributes into facies.
+#include "TestSupport.h"
 #include "kernel/Core.h"
 #include "kernel/CoreList.h"
 #include "kernel/GridParams.h"
@@ -13,14 +14,11 @@
 #include <cmath>
 #include <string>
 
+using testing_support::capture;
+using testing_support::g_trace;
+
 namespace
 {
-std::string g_trace;
-void capture(const char* text, TraceLevel)
-{
-    g_trace += text;
-}
-
 // Top at 10: point bar 10-8, overbank 8-5, channel lag 5-4.
 Core three_layers()
 {

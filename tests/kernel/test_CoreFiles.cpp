@@ -16,20 +16,17 @@
 #include <utility>
 #include <vector>
 
+using testing_support::capture;
 using testing_support::edited;
+using testing_support::g_trace;
 using testing_support::read_file;
 using testing_support::replaced;
 using testing_support::TempDir;
+using testing_support::traced;
 using testing_support::write_file;
 
 namespace
 {
-std::string g_trace;
-void capture(const char* text, TraceLevel)
-{
-    g_trace += text;
-}
-
 const std::string FLW = "# comment\n"
                         "X_WELL=100\n"
                         "Y_WELL=200\n"

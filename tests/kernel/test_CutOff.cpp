@@ -26,26 +26,21 @@
 #include <vector>
 
 using testing_support::assertion_text;
+using testing_support::capture;
+using testing_support::g_trace;
+using testing_support::silent;
 
 namespace
 {
 
 constexpr double WIDTH = 30.;
 
-void quiet(const char*, TraceLevel) {}
-
-std::string g_trace;
-void capture(const char* text, TraceLevel)
-{
-    g_trace += text;
-}
-
 class CutOffTest : public ::testing::Test
 {
 protected:
     CutOffTest()
     {
-        tracer.setTraceFunction(quiet);
+        tracer.setTraceFunction(silent);
         // Width, depth and spacing come from a straight channel given its geometry.
         std::vector<Point3D> line;
         for (int i = 0; i < 5; ++i)
@@ -346,7 +341,7 @@ TEST_F(NetworkCutOffTest, FirstCutoffRecordWaitsForANonZeroTime)
 
     network->reset_first_cutoff();
     EXPECT_EQ(network->first_cutoff_time(), 0.);
-    tracer.setTraceFunction(quiet);
+    tracer.setTraceFunction(silent);
 }
 
 TEST_F(NetworkCutOffTest, GhostLoopVanishesWithoutCountOrDeposit)

@@ -22,16 +22,12 @@ namespace
 {
 
 using testing_support::assertion_text;
+using testing_support::capture;
+using testing_support::g_trace;
 using testing_support::is_assertion_of;
 
-std::string g_trace;
 int g_progress_calls = 0;
 int g_progress_limit = 0;
-
-void capture(const char* text, TraceLevel)
-{
-    g_trace += text;
-}
 
 // Answers true for the first g_progress_limit calls, false afterwards.
 bool limited_progress(int)

@@ -1,6 +1,7 @@
 // The domain's side of the channel's imprint: point bars on the nodes the
 // channel has left, and the channel rasterised on the grid.
 
+#include "TestSupport.h"
 #include "kernel/CenterlineDisc.h"
 #include "kernel/Channel.h"
 #include "kernel/Domain.h"
@@ -18,17 +19,13 @@
 #include <string>
 #include <vector>
 
+using testing_support::capture;
+using testing_support::g_trace;
+
 namespace
 {
 
 constexpr double TOP = 10.;
-std::string g_trace;
-
-void capture(const char* text, TraceLevel)
-{
-    g_trace += text;
-}
-
 class DomainChannelTest : public ::testing::Test
 {
 protected:

@@ -1,6 +1,7 @@
 #include "kernel/Domain.h"
 
 #include "ColumnSupport.h"
+#include "NetworkParts.h"
 #include "TestSupport.h"
 #include "kernel/Core.h"
 #include "kernel/CoreList.h"
@@ -24,19 +25,14 @@ namespace
 {
 
 using testing_support::assertion_text;
+using testing_support::capture;
+using testing_support::g_trace;
 using testing_support::is_assertion_of;
-
-std::string g_trace;
-
-void capture(const char* text, TraceLevel)
-{
-    g_trace += text;
-}
 
 constexpr double ZREF = 100.;
 constexpr unsigned char VOID = 255;
 
-struct Kernel
+struct Kernel : testing_support::KernelParts
 {
     Kernel()
     {
@@ -49,11 +45,6 @@ struct Kernel
         return std::make_unique<Domain>(&mc, &seed, &mb, nullptr, 10., 20., nx, ny, origin, rotation, ZREF,
                                         0u, Facies(8));
     }
-    Tracer tracer;
-    Parameters params{&tracer};
-    MeanderCalculator mc{&params, &tracer};
-    SeedGenerator seed;
-    MassBalance mb;
 };
 
 // Column (0, 0): 2 m of point bar (class 10, age 1) under 1 m of overbank (class 3, age 5),

@@ -1,6 +1,7 @@
 #include "kernel/FaciesImage.h"
 
 #include "ColumnSupport.h"
+#include "NetworkParts.h"
 #include "TestSupport.h"
 #include "interface/iParameters.h"
 #include "kernel/Domain.h"
@@ -22,6 +23,7 @@
 #include <sstream>
 
 using testing_support::build_column;
+using testing_support::silent;
 
 namespace
 {
@@ -30,16 +32,9 @@ constexpr double ZREF = 100.;
 constexpr unsigned char NONE = FaciesImage::NO_DEPOSIT;
 typedef std::array<int, 3> Rgb;
 
-void quiet(const char*, TraceLevel) {}
-
-struct Kernel
+struct Kernel : testing_support::KernelParts
 {
-    Kernel() { tracer.setTraceFunction(quiet); }
-    Tracer tracer;
-    Parameters params{&tracer};
-    MeanderCalculator mc{&params, &tracer};
-    SeedGenerator seed;
-    MassBalance mb;
+    Kernel() { tracer.setTraceFunction(silent); }
 };
 
 // A 4 x 3 block, base at relative 0 (geographic 100):
@@ -328,7 +323,7 @@ TEST(FaciesImage, SimulatorWritesEveryPreviewThroughItsWriter)
 {
     testing_support::TempDir tmp;
     Simulator sim;
-    sim.tracer()->setTraceFunction(quiet);
+    sim.tracer()->setTraceFunction(silent);
     iParameters* p = sim.getParameters();
     p->setParamInt("DOMAIN_NX", 20);
     p->setParamInt("DOMAIN_NY", 10);

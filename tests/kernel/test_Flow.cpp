@@ -13,17 +13,12 @@
 #include <vector>
 
 using testing_support::assertion_text;
+using testing_support::capture;
+using testing_support::g_trace;
 using testing_support::is_assertion_of;
 
 namespace
 {
-
-std::string g_trace;
-
-void capture(const char* text, TraceLevel)
-{
-    g_trace += text;
-}
 
 // Diameter of a class in metres, written from the base-2 millimetre scale.
 double expected_diameter(int c)

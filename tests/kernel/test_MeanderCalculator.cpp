@@ -12,15 +12,11 @@
 #include <utility>
 #include <vector>
 
+using testing_support::capture;
+using testing_support::g_trace;
+
 namespace
 {
-
-std::string g_trace;
-
-void capture(const char* text, TraceLevel)
-{
-    g_trace += text;
-}
 
 std::vector<std::string> lines_of(const std::string& text)
 {

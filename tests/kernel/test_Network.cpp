@@ -25,6 +25,10 @@
 #include <string>
 #include <vector>
 
+using testing_support::capture;
+using testing_support::g_trace;
+using testing_support::silent;
+
 namespace
 {
 
@@ -33,20 +37,12 @@ constexpr double DX = 10.;
 constexpr int NX = 60;
 constexpr int NY = 40;
 
-void quiet(const char*, TraceLevel) {}
-
-std::string g_trace;
-void capture(const char* text, TraceLevel)
-{
-    g_trace += text;
-}
-
 class NetworkTest : public ::testing::Test, protected testing_support::NetworkParts
 {
 protected:
     NetworkTest()
     {
-        tracer.setTraceFunction(quiet);
+        tracer.setTraceFunction(silent);
         set_channel(30., 3., 375., 2.);
         make_domain(NX, NY, DX, Facies(Overbank::_fd.id()));
         domain->deposit_uniform_thickness(TOP, Facies(Overbank::_fd.id()), 0u);
@@ -216,7 +212,7 @@ TEST_F(NetworkTest, ChangeOfScaleMultipliesTheChannelParametersAndIsUndone)
     network->restore_channel_scale();
     for (std::size_t k = 0; k < before.size(); ++k)
         EXPECT_EQ(params.getParamDouble(names[k]), before[k]) << names[k];
-    tracer.setTraceFunction(quiet);
+    tracer.setTraceFunction(silent);
 }
 
 TEST_F(NetworkTest, PrintoutNamesTheIteration)
@@ -226,7 +222,7 @@ TEST_F(NetworkTest, PrintoutNamesTheIteration)
     network->setAge(7);
     network->printout("Draping");
     EXPECT_EQ(g_trace, "    Info      : Iteration 7 : Draping\n");
-    tracer.setTraceFunction(quiet);
+    tracer.setTraceFunction(silent);
 }
 
 TEST_F(NetworkTest, LoadedCenterlineKeepsItsEndsAtTheMarginsAfterMoves)
@@ -337,7 +333,7 @@ TEST_F(NetworkTest, LoadingFromAPointOrABadCenterline)
     EXPECT_FALSE(network->load_centerline(bad));
     EXPECT_EQ(network->channel(), channel);
     EXPECT_EQ(channel->number_of_points(), before);
-    tracer.setTraceFunction(quiet);
+    tracer.setTraceFunction(silent);
 }
 
 TEST_F(NetworkTest, ChannelIsLoweredOnlyBelowAQuarterOfItsDepth)
@@ -355,7 +351,7 @@ TEST_F(NetworkTest, ChannelIsLoweredOnlyBelowAQuarterOfItsDepth)
     g_trace.clear();
     network->update_channel();
     EXPECT_NE(g_trace.find("move_channel_down"), std::string::npos);
-    tracer.setTraceFunction(quiet);
+    tracer.setTraceFunction(silent);
 }
 
 TEST_F(NetworkTest, ClearAndResetFrom)

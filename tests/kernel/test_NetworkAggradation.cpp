@@ -25,6 +25,8 @@
 #include <vector>
 
 using testing_support::assertion_text;
+using testing_support::capture;
+using testing_support::g_trace;
 using testing_support::is_assertion_of;
 
 namespace
@@ -34,12 +36,6 @@ constexpr double TOP = 10.;
 constexpr double DX = 10.;
 constexpr int NX = 30;
 constexpr int NY = 30;
-
-std::string g_trace;
-void capture(const char* text, TraceLevel)
-{
-    g_trace += text;
-}
 
 class AggradationTest : public ::testing::Test, protected testing_support::NetworkParts
 {

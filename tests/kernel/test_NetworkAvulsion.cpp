@@ -26,6 +26,10 @@
 #include <string>
 #include <vector>
 
+using testing_support::capture;
+using testing_support::g_trace;
+using testing_support::traced;
+
 namespace
 {
 
@@ -42,17 +46,6 @@ constexpr double FLANK = 0.3;
 constexpr double STRONG = 1e6;
 
 typedef std::function<double(int, int)> Surface;
-
-std::string g_trace;
-void capture(const char* text, TraceLevel)
-{
-    g_trace += text;
-}
-
-bool traced(const std::string& text)
-{
-    return g_trace.find(text) != std::string::npos;
-}
 
 // The channel sits on a ridge; on its lower (-y) side the land falls for
 // `depth` rows to a trough, then rises again. The upper side is high.

@@ -23,6 +23,8 @@
 #include <vector>
 
 using testing_support::assertion_text;
+using testing_support::capture;
+using testing_support::g_trace;
 using testing_support::is_assertion_of;
 
 namespace
@@ -34,12 +36,6 @@ constexpr int NX = 30;
 constexpr int NY = 30;
 // The straight test channel lies at y = 150: its wet rows are y = 140, 150, 160.
 constexpr double CHANNEL_Y = 150.;
-
-std::string g_trace;
-void capture(const char* text, TraceLevel)
-{
-    g_trace += text;
-}
 
 class FloodTest : public ::testing::Test, protected testing_support::NetworkParts
 {

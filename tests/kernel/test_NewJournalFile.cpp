@@ -9,10 +9,12 @@
 #include <random>
 #include <sys/stat.h>
 
+using testing_support::clear_trace;
 using testing_support::FakeSimulator;
+using testing_support::g_trace;
 using testing_support::read_file;
 using testing_support::TempDir;
-using testing_support::trace_text;
+using testing_support::traced;
 using testing_support::write_file;
 
 namespace
@@ -20,16 +22,11 @@ namespace
 
 const char* SEQUENCE = "[NEW_SEQ]\nLAUNCH_IT = 10\n";
 
-bool traced(const std::string& text)
-{
-    return trace_text().find(text) != std::string::npos;
-}
-
 // Loads `content` written as "run.bat" in `dir`.
 bool load_batch(FakeSimulator& sim, const TempDir& dir, const std::string& content)
 {
     write_file(dir.file("run.bat"), content);
-    trace_text().clear();
+    clear_trace();
     NewJournalFile file(&sim);
     return file.load(dir.file("run.bat"));
 }
@@ -254,7 +251,7 @@ TEST(NewJournalFile, BadValuesAndEndOfGlobalChecks)
     {
         FakeSimulator sim;
         EXPECT_FALSE(load_batch(sim, dir, "[GLOBAL]\n" + entry.first + SEQUENCE)) << entry.first;
-        EXPECT_TRUE(traced("##  ERROR  ## : " + entry.second)) << entry.first << "\n" << trace_text();
+        EXPECT_TRUE(traced("##  ERROR  ## : " + entry.second)) << entry.first << "\n" << g_trace;
     }
 
     // An existing file that cannot be written is refused too.
@@ -276,7 +273,7 @@ TEST(NewJournalFile, BadValuesAndEndOfGlobalChecks)
                                f2g + SEQUENCE));
     EXPECT_TRUE(traced("#  WARNING  # : F2G_FILE keyword is ignored while using F2G_IT."));
     // A proportion matrix alone is something to export.
-    EXPECT_TRUE(load_batch(sim, dir, "[GLOBAL]\nPM_FILE = pm.csv\n" + std::string(SEQUENCE))) << trace_text();
+    EXPECT_TRUE(load_batch(sim, dir, "[GLOBAL]\nPM_FILE = pm.csv\n" + std::string(SEQUENCE))) << g_trace;
 }
 
 TEST(NewJournalFile, SequencesAreCheckedAtLoad)
@@ -312,7 +309,7 @@ TEST(NewJournalFile, LaunchCallsTheSimulatorInOrder)
                                     "[NEW_SEQ]\nLAUNCH_IT = 5\nNEW_TOPO = 4.5\n");
     NewJournalFile file(&sim);
     ASSERT_TRUE(file.load(dir.file("run.bat")));
-    ASSERT_EQ(file.launch(), 0) << trace_text();
+    ASSERT_EQ(file.launch(), 0) << g_trace;
     const std::string base = dir.file("run");
     const std::vector<std::string> expected = {
         "init(0)",
@@ -370,7 +367,7 @@ TEST(NewJournalFile, LaunchCallsTheSimulatorInOrder)
                "[GLOBAL]\nF2G_DZ = 1\nF2G_FACIES = 1\n[NEW_SEQ]\nDOMAIN_NX = 40\nLAUNCH_IT = 3\n");
     NewJournalFile gridFile(&regrid);
     ASSERT_TRUE(gridFile.load(dir.file("grid.bat")));
-    ASSERT_EQ(gridFile.launch(), 0) << trace_text();
+    ASSERT_EQ(gridFile.launch(), 0) << g_trace;
     EXPECT_EQ(regrid.names(), (std::vector<std::string>{"checkConsistency", "init", "newSequence", "run",
                                                         "endSequence", "saveSimuF2G"}));
 }
@@ -392,7 +389,7 @@ TEST(NewJournalFile, InitializeBuildsTheModel)
                    std::string(SEQUENCE));
     NewJournalFile file(&sim);
     ASSERT_TRUE(file.load(dir.file("run.bat")));
-    ASSERT_EQ(file.initialize(), 0) << trace_text();
+    ASSERT_EQ(file.initialize(), 0) << g_trace;
     EXPECT_TRUE(sim.parameters().usingTurbi());
     EXPECT_TRUE(sim.tracer().generateStatsIt());
     EXPECT_FALSE(sim.tracer().generateStatsAv());
@@ -428,9 +425,9 @@ TEST(NewJournalFile, InitializeBuildsTheModel)
             failing.failing.insert(entry.failing);
         write_file(dir.file("case.bat"), "[GLOBAL]\n" + entry.global + SEQUENCE);
         NewJournalFile batch(&failing);
-        ASSERT_TRUE(batch.load(dir.file("case.bat"))) << entry.global << trace_text();
+        ASSERT_TRUE(batch.load(dir.file("case.bat"))) << entry.global << g_trace;
         EXPECT_NE(batch.launch(), 0) << entry.global;
-        EXPECT_TRUE(traced("##  ERROR  ## : " + entry.message)) << entry.global << trace_text();
+        EXPECT_TRUE(traced("##  ERROR  ## : " + entry.message)) << entry.global << g_trace;
         EXPECT_TRUE(traced("Problem with simulator action: launch")) << entry.global;
         EXPECT_FALSE(failing.called("newSequence")) << entry.global;
     }
@@ -514,7 +511,7 @@ TEST(NewJournalFile, F2GItCutsSequencesIntoPieces)
                                     "[NEW_SEQ]\nLAUNCH_IT = 25\n[NEW_SEQ]\nLAUNCH_IT = 7\n");
     NewJournalFile file(&sim);
     ASSERT_TRUE(file.load(dir.file("run.bat")));
-    ASSERT_EQ(file.launch(), 0) << trace_text();
+    ASSERT_EQ(file.launch(), 0) << g_trace;
     std::vector<std::string> runs;
     for (const std::string& call : sim.calls)
         if (call.rfind("run(", 0) == 0 || call.rfind("saveSimuF2G(", 0) == 0)
@@ -568,7 +565,7 @@ TEST(NewJournalFile, FailedExportsStopTheBatch)
         NewJournalFile file(&sim);
         ASSERT_TRUE(file.load(dir.file("run.bat")));
         EXPECT_NE(file.launch(), 0) << entry.first;
-        EXPECT_TRUE(traced("##  ERROR  ## : " + entry.second)) << entry.first << trace_text();
+        EXPECT_TRUE(traced("##  ERROR  ## : " + entry.second)) << entry.first << g_trace;
         EXPECT_FALSE(traced("End of batch!")) << entry.first;
     }
     FakeSimulator wrongSize;
@@ -623,8 +620,8 @@ TEST(NewJournalFile, PreviewsAreSavedLastWithTheSliceHeights)
     write_file(dir.file("run.bat"),
                std::string("[GLOBAL]\nPNG_DIR = png/\nSLICE_Z = 2.5\nSLICE_Z = -1\n") + SEQUENCE);
     NewJournalFile file(&sim);
-    ASSERT_TRUE(file.load(dir.file("run.bat"))) << trace_text();
-    ASSERT_EQ(file.launch(), 0) << trace_text();
+    ASSERT_TRUE(file.load(dir.file("run.bat"))) << g_trace;
+    ASSERT_EQ(file.launch(), 0) << g_trace;
     EXPECT_EQ(sim.calls.back(), "savePreviews(" + dir.file("png") + ",2.5;-1)");
     EXPECT_TRUE(std::filesystem::is_directory(dir.file("png")));
     EXPECT_TRUE(traced("Saving previews in " + dir.file("png")));
@@ -660,14 +657,14 @@ TEST(NewJournalFile, WhatTheBatchFileIs)
         NewJournalFile file(&sim);
         EXPECT_FALSE(file.load(entry.first)) << entry.first;
         EXPECT_TRUE(traced("##  ERROR  ## : Error opening batch file: " + entry.first + ": " + entry.second))
-            << trace_text();
+            << g_trace;
     }
     // A byte-order mark, Windows line ends and comments after the markers are accepted.
     FakeSimulator sim;
     EXPECT_TRUE(load_batch(sim, dir,
                            "\xEF\xBB\xBF[GLOBAL] # exports\r\nF2G_DZ = 1\r\nF2G_FACIES = 1\r\n"
                            "[NEW_SEQ] # first\r\nLAUNCH_IT = 10\r\n[NEW_SEQ]#second\r\nLAUNCH_IT = 2\r\n"))
-        << trace_text();
+        << g_trace;
     EXPECT_FALSE(load_batch(sim, dir, "F2G_DZ = 1\n[GLOBAL]\n"));
     EXPECT_TRUE(traced("Missing [GLOBAL] section: the file must start with it, not with F2G_DZ = 1"));
 }
@@ -744,7 +741,7 @@ TEST(NewJournalFile, WholeBatchIsCheckedAtLoad)
     {
         FakeSimulator sim;
         EXPECT_FALSE(load_batch(sim, dir, "[GLOBAL]\n" + exports + entry.content)) << entry.content;
-        EXPECT_TRUE(traced("##  ERROR  ## : ") && traced(entry.message)) << entry.content << trace_text();
+        EXPECT_TRUE(traced("##  ERROR  ## : ") && traced(entry.message)) << entry.content << g_trace;
         EXPECT_TRUE(sim.calls.empty()) << entry.content;
     }
     // The grid the sequences set is the one the files are checked against.
@@ -759,7 +756,7 @@ TEST(NewJournalFile, WholeBatchIsCheckedAtLoad)
     for (const std::string& content : accepted)
     {
         FakeSimulator sim;
-        EXPECT_TRUE(load_batch(sim, dir, "[GLOBAL]\n" + exports + content)) << content << trace_text();
+        EXPECT_TRUE(load_batch(sim, dir, "[GLOBAL]\n" + exports + content)) << content << g_trace;
     }
     // An unknown global keyword stays a warning, with its line and the nearest keyword.
     FakeSimulator sim;

@@ -9,18 +9,15 @@
 #include <sstream>
 #include <streambuf>
 
+using testing_support::clear_trace;
 using testing_support::FakeSimulator;
+using testing_support::g_trace;
 using testing_support::TempDir;
-using testing_support::trace_text;
+using testing_support::traced;
 using testing_support::write_file;
 
 namespace
 {
-
-bool traced(const std::string& text)
-{
-    return trace_text().find(text) != std::string::npos;
-}
 
 // Reads one section from `content`; `line` is left on what stopped it.
 bool load_section(NewJournalSequence& sequence, const std::string& content, std::string& line,
@@ -29,7 +26,7 @@ bool load_section(NewJournalSequence& sequence, const std::string& content, std:
     std::istringstream stream(content);
     sequence.setDirectory(dir.path().string());
     sequence.setSource("", 0, nullptr);
-    trace_text().clear();
+    clear_trace();
     return sequence.load(stream, line, 3, first);
 }
 
@@ -82,7 +79,7 @@ TEST(NewJournalSequence, ReadsUpToTheNextMarker)
     NewJournalSequence broken(&sim);
     BrokenBuffer buffer;
     std::istream stream(&buffer);
-    trace_text().clear();
+    clear_trace();
     EXPECT_FALSE(broken.load(stream, line, 1, true));
     EXPECT_TRUE(traced("##  ERROR  ## : Error reading batch file (not good)"));
 }
@@ -115,7 +112,7 @@ TEST(NewJournalSequence, BadValuesAreLoadErrors)
     for (const auto& entry : cases)
     {
         EXPECT_FALSE(load_section(sequence, "\n" + entry.first + "\nLAUNCH_IT = 5\n", dir)) << entry.first;
-        EXPECT_TRUE(traced("##  ERROR  ## : " + entry.second)) << entry.first << trace_text();
+        EXPECT_TRUE(traced("##  ERROR  ## : " + entry.second)) << entry.first << g_trace;
     }
     // A name far from any gets no proposal; a line without "=" stays a warning.
     EXPECT_FALSE(load_section(sequence, "LAUNCH_IT = 5\nQQQQQQQQQQQQQ = 1\n", dir));
@@ -181,9 +178,9 @@ TEST(NewJournalSequence, TierGates)
     NewJournalSequence third(&research);
     std::filesystem::create_directory(dir.file("snap"));
     write_file(dir.file("snap/params.txt"), "");
-    ASSERT_TRUE(load_section(third, content, dir)) << trace_text();
+    ASSERT_TRUE(load_section(third, content, dir)) << g_trace;
     EXPECT_EQ(third.getUserParams().size(), 5u);
-    EXPECT_EQ(third.launch(nullptr), 0) << trace_text();
+    EXPECT_EQ(third.launch(nullptr), 0) << g_trace;
     const Parameters& params = research.parameters();
     EXPECT_EQ(params.sinuoInterval(), 3u);
     EXPECT_EQ(params.curvaturePointsNumber(), 4);
@@ -242,7 +239,7 @@ TEST(NewJournalSequence, ChecksRefuseTheSection)
         FakeSimulator sim;
         NewJournalSequence sequence(&sim);
         EXPECT_FALSE(load_section(sequence, entry.first, dir)) << entry.first;
-        EXPECT_TRUE(traced("##  ERROR  ## : " + entry.second)) << entry.first << trace_text();
+        EXPECT_TRUE(traced("##  ERROR  ## : " + entry.second)) << entry.first << g_trace;
     }
     // The same keywords well formed pass; a known limit lets ZUL_TYPE stand alone.
     FakeSimulator sim;
@@ -253,7 +250,7 @@ TEST(NewJournalSequence, ChecksRefuseTheSection)
                      "LAUNCH_IT = -1\nZUL_TYPE = 2\nNEW_TOPO = ok.f2g\nNEW_TOPO_MODE = 4\n"
                      "NEW_TOPO_FACIES = 13\nEMAP_FILE = ok.f2g\nEMAP_OFFSET = 0.5\nNEXUS_SAND = 0.3\n",
                      dir))
-        << trace_text();
+        << g_trace;
     EXPECT_FALSE(sequence.definesUpperLimit());
 }
 
@@ -281,9 +278,9 @@ TEST(NewJournalSequence, LaunchOrderOfActions)
                      "ERASE_FACIES = 3\nERASE_FACIES_FK = 4\nNEQSUS_SAND = 0.4\nNEQSUS_ISBX = 2\n"
                      "CHNL_WIDTH = 70\nSIM_SEED = 165426111\n",
                      dir, false))
-        << trace_text();
-    trace_text().clear();
-    ASSERT_EQ(sequence.launch(nullptr), 0) << trace_text();
+        << g_trace;
+    clear_trace();
+    ASSERT_EQ(sequence.launch(nullptr), 0) << g_trace;
     const std::vector<std::string> expected = {
         "applyNeqsus()",        "checkConsistency()",
         "loadEMap(0.5,1)",      "loadTectoMap()",
@@ -322,8 +319,8 @@ TEST(NewJournalSequence, LaunchOrderOfActions)
     std::string::size_type at = 0;
     for (const std::string& text : lines)
     {
-        const std::string::size_type found = trace_text().find("    Info      : " + text + "\n", at);
-        ASSERT_NE(found, std::string::npos) << text << "\n" << trace_text();
+        const std::string::size_type found = g_trace.find("    Info      : " + text + "\n", at);
+        ASSERT_NE(found, std::string::npos) << text << "\n" << g_trace;
         at = found;
     }
 }
@@ -437,15 +434,15 @@ TEST(NewJournalSequence, FailedSurfaceActions)
             sim.failing.insert(entry.failing);
         NewJournalSequence sequence(&sim);
         ASSERT_TRUE(load_section(sequence, "LAUNCH_IT = 3\n" + entry.section, dir))
-            << entry.section << trace_text();
+            << entry.section << g_trace;
         EXPECT_EQ(sequence.launch(nullptr), MP_STATUS_FAILURE) << entry.section;
         for (const std::string& message : entry.messages)
         {
-            EXPECT_TRUE(traced("##  ERROR  ## : " + message)) << entry.section << "\n" << trace_text();
+            EXPECT_TRUE(traced("##  ERROR  ## : " + message)) << entry.section << "\n" << g_trace;
             // A reader's refusal shows the reader's own reason under it.
             if (message.compare(0, 11, "Cannot read") == 0)
             {
-                EXPECT_TRUE(traced(message + "\n              : ")) << entry.section << "\n" << trace_text();
+                EXPECT_TRUE(traced(message + "\n              : ")) << entry.section << "\n" << g_trace;
             }
         }
     }

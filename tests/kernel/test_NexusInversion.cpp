@@ -1,5 +1,6 @@
 #include "kernel/MeanderCalculator.h"
 
+#include "TestSupport.h"
 #include "kernel/Constants.h"
 #include "kernel/Parameters.h"
 #include "kernel/Tracer.h"
@@ -9,20 +10,15 @@
 #include <string>
 #include <vector>
 
+using testing_support::capture_warnings;
+using testing_support::g_trace;
+
 namespace
 {
 
-std::string g_warnings;
-
-void keep_warnings(const char* text, TraceLevel level)
-{
-    if (level == TRACE_WARNING)
-        g_warnings += text;
-}
-
 struct Registry
 {
-    Registry() : params(&tracer), mc(&params, &tracer) { tracer.setTraceFunction(keep_warnings); }
+    Registry() : params(&tracer), mc(&params, &tracer) { tracer.setTraceFunction(capture_warnings); }
     bool nexus(double hmax, double isbx, double sand)
     {
         std::string message;
@@ -83,10 +79,9 @@ TEST(NexusInversion, ForecastsOfTheChosenParametersGiveBackTheRequest)
 TEST(NexusInversion, AHighNetToGrossRaisesALowIndexAndSaysSo)
 {
     Registry r;
-    g_warnings.clear();
+    g_trace.clear();
     ASSERT_TRUE(r.nexus(2., 30., 0.8));
-    EXPECT_NE(g_warnings.find("Sand bodies extension index raised from 30 to "), std::string::npos)
-        << g_warnings;
+    EXPECT_NE(g_trace.find("Sand bodies extension index raised from 30 to "), std::string::npos) << g_trace;
     const double raised = r.mc.forecast_isbx();
     EXPECT_GT(raised, 40.);
     EXPECT_LT(raised, 80.);
@@ -105,10 +100,10 @@ TEST(NexusInversion, AHighNetToGrossRaisesALowIndexAndSaysSo)
     ASSERT_TRUE(MeanderCalculator::apply_neqsus(&q.params, &q.tracer, {2., 30., 0.8}, true, message));
     EXPECT_GT(q.mc.forecast_isbx(), 40.);
     // A net to gross the plugs allow leaves the index asked alone.
-    g_warnings.clear();
+    g_trace.clear();
     Registry low;
     ASSERT_TRUE(low.nexus(2., 30., 0.4));
-    EXPECT_EQ(g_warnings.find("raised"), std::string::npos);
+    EXPECT_EQ(g_trace.find("raised"), std::string::npos);
     EXPECT_NEAR(low.mc.forecast_isbx(), 30., 0.6);
 }
 

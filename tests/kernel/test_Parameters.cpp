@@ -6,9 +6,13 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <functional>
 #include <string>
 #include <vector>
 
+using testing_support::capture;
+using testing_support::clear_trace;
+using testing_support::g_trace;
 using testing_support::read_file;
 using testing_support::TempDir;
 using testing_support::write_file;
@@ -16,27 +20,19 @@ using testing_support::write_file;
 namespace
 {
 
-// Keeps every line handed to the tracer.
-class CapturingTracer : public Tracer
+// Values at the bounds each expert setter accepts.
+void accept_all(Parameters& p)
 {
-public:
-    void trace(const std::string& text, TraceLevel level) override
-    {
-        lines.push_back(text);
-        levels.push_back(level);
-    }
-    std::string take()
-    {
-        std::string all;
-        for (const auto& line : lines)
-            all += line;
-        lines.clear();
-        levels.clear();
-        return all;
-    }
-    std::vector<std::string> lines;
-    std::vector<TraceLevel> levels;
-};
+    p.setBankErodCoeff(1.);
+    p.setCondMigWells(5);
+    p.setCurvaturePointsNumber(20);
+    p.setSinuoInterval(1000);
+    p.setFrictionCoeff(0.);
+    p.setScourFactor(2.5);
+    p.setTurbAggHeightCoeff(0.5);
+    p.setMinGrainsize(0);
+    p.setMaxGrainsize(14);
+}
 
 std::string error_line(const std::string& text)
 {
@@ -47,9 +43,11 @@ std::string error_line(const std::string& text)
 
 TEST(Parameters, EveryDeclaredNameIsRegisteredWithItsType)
 {
-    CapturingTracer tracer;
+    Tracer tracer;
+    tracer.setTraceFunction(capture);
+    clear_trace();
     Parameters p(&tracer);
-    EXPECT_TRUE(tracer.lines.empty());
+    EXPECT_TRUE(g_trace.empty());
 
     const char* reals[] = {"DOMAIN_OX",
                            "DOMAIN_OY",
@@ -433,7 +431,9 @@ TEST(Parameters, CrossTypeGetAndSet)
 
 TEST(Parameters, ExpertSettersRefuseWithTheirMessage)
 {
-    CapturingTracer tracer;
+    Tracer tracer;
+    tracer.setTraceFunction(capture);
+    clear_trace();
     Parameters p(&tracer);
 
     EXPECT_EQ(p.sinuoInterval(), 0u);
@@ -455,16 +455,8 @@ TEST(Parameters, ExpertSettersRefuseWithTheirMessage)
     EXPECT_EQ(p.getMaxGrainsize(), 13);
 
     // Accepted values, bounds included, say nothing.
-    p.setBankErodCoeff(1.);
-    p.setCondMigWells(5);
-    p.setCurvaturePointsNumber(20);
-    p.setSinuoInterval(1000);
-    p.setFrictionCoeff(0.);
-    p.setScourFactor(2.5);
-    p.setTurbAggHeightCoeff(0.5);
-    p.setMinGrainsize(0);
-    p.setMaxGrainsize(14);
-    EXPECT_EQ(tracer.take(), "");
+    accept_all(p);
+    EXPECT_EQ(g_trace, "");
     EXPECT_TRUE(p.usingBankErodCoeff());
     EXPECT_TRUE(p.usingCondMigWells());
     EXPECT_EQ(p.curvaturePointsNumber(), 20);
@@ -472,62 +464,65 @@ TEST(Parameters, ExpertSettersRefuseWithTheirMessage)
     EXPECT_EQ(p.getScourFactor(), 2.5);
     EXPECT_EQ(p.getTurbAggHeightCoeff(), 0.5);
 
-    p.setBankErodCoeff(1.5);
-    EXPECT_EQ(tracer.take(), error_line("Bank erodibility coefficient is < 0 or > 1 -> Deactivated"));
-    EXPECT_FALSE(p.usingBankErodCoeff());
-    p.setBankErodCoeff(-0.1);
-    EXPECT_EQ(tracer.take(), error_line("Bank erodibility coefficient is < 0 or > 1 -> Deactivated"));
-    p.setBankErodCoeff(1e30);
-    EXPECT_EQ(tracer.take(), "");
-
-    p.setCondMigWells(-1);
-    EXPECT_EQ(tracer.take(), error_line("Mig factor for conditioning is negative -> Deactivated"));
-    EXPECT_FALSE(p.usingCondMigWells());
-    p.setCondMigWells(0);
-    EXPECT_EQ(tracer.take(), "");
-    EXPECT_FALSE(p.usingCondMigWells());
-
-    p.setCurvaturePointsNumber(0);
-    EXPECT_EQ(tracer.take(), error_line("Point number for curvature < 1 or > 20 -> Use default: 3"));
-    EXPECT_EQ(p.curvaturePointsNumber(), 3);
-    p.setCurvaturePointsNumber(21);
-    EXPECT_EQ(tracer.take(), error_line("Point number for curvature < 1 or > 20 -> Use default: 3"));
-
-    p.setSinuoInterval(1001);
-    EXPECT_EQ(tracer.take(), error_line("Sinuo interval > 1000 -> Deactivated"));
-    EXPECT_EQ(p.sinuoInterval(), 0u);
-
-    p.setFrictionCoeff(-1.);
-    EXPECT_EQ(tracer.take(), "");
-    p.setFrictionCoeff(-0.5);
-    EXPECT_EQ(tracer.take(), error_line("Friction coefficient is negative -> Deactivated"));
-    EXPECT_EQ(p.getFrictionCoeff(), -1.);
-
-    p.setScourFactor(-2.);
-    EXPECT_EQ(tracer.take(), error_line("Scour factor is negative -> Deactivated"));
-    EXPECT_EQ(p.getScourFactor(), -1.);
-
-    p.setTurbAggHeightCoeff(0.);
-    EXPECT_EQ(tracer.take(),
-              error_line("Turbidites aggradation height coefficient is <= 0 -> Set to default"));
-    EXPECT_EQ(p.getTurbAggHeightCoeff(), 1.);
-
-    p.setMinGrainsize(15);
-    EXPECT_EQ(tracer.take(), error_line("Wrong minimum grain size index -> Use default"));
-    EXPECT_EQ(p.getMinGrainsize(), 6);
-    p.setMaxGrainsize(-1);
-    EXPECT_EQ(tracer.take(), error_line("Wrong maximum grain size index -> Use default"));
-    EXPECT_EQ(p.getMaxGrainsize(), 13);
+    // Each refusal on settings that were all accepted: its message, and what it leaves.
+    struct Refusal
+    {
+        std::function<void(Parameters&)> set;
+        std::string message; // "" when the value is accepted
+        std::function<bool(const Parameters&)> left;
+    };
+    const std::string BANK = "Bank erodibility coefficient is < 0 or > 1 -> Deactivated";
+    const std::string CURVATURE = "Point number for curvature < 1 or > 20 -> Use default: 3";
+    const auto no_bank = [](const Parameters& q) { return !q.usingBankErodCoeff(); };
+    const auto no_mig = [](const Parameters& q) { return !q.usingCondMigWells(); };
+    const auto curvature3 = [](const Parameters& q) { return q.curvaturePointsNumber() == 3; };
+    const std::vector<Refusal> refusals = {
+        {[](Parameters& q) { q.setBankErodCoeff(1.5); }, BANK, no_bank},
+        {[](Parameters& q) { q.setBankErodCoeff(-0.1); }, BANK, no_bank},
+        {[](Parameters& q) { q.setBankErodCoeff(1e30); }, "", no_bank},
+        {[](Parameters& q) { q.setCondMigWells(-1); },
+         "Mig factor for conditioning is negative -> Deactivated", no_mig},
+        {[](Parameters& q) { q.setCondMigWells(0); }, "", no_mig},
+        {[](Parameters& q) { q.setCurvaturePointsNumber(0); }, CURVATURE, curvature3},
+        {[](Parameters& q) { q.setCurvaturePointsNumber(21); }, CURVATURE, curvature3},
+        {[](Parameters& q) { q.setSinuoInterval(1001); }, "Sinuo interval > 1000 -> Deactivated",
+         [](const Parameters& q) { return q.sinuoInterval() == 0u; }},
+        {[](Parameters& q) { q.setFrictionCoeff(-1.); }, "",
+         [](const Parameters& q) { return q.getFrictionCoeff() == -1.; }},
+        {[](Parameters& q) { q.setFrictionCoeff(-0.5); }, "Friction coefficient is negative -> Deactivated",
+         [](const Parameters& q) { return q.getFrictionCoeff() == -1.; }},
+        {[](Parameters& q) { q.setScourFactor(-2.); }, "Scour factor is negative -> Deactivated",
+         [](const Parameters& q) { return q.getScourFactor() == -1.; }},
+        {[](Parameters& q) { q.setTurbAggHeightCoeff(0.); },
+         "Turbidites aggradation height coefficient is <= 0 -> Set to default",
+         [](const Parameters& q) { return q.getTurbAggHeightCoeff() == 1.; }},
+        {[](Parameters& q) { q.setMinGrainsize(15); }, "Wrong minimum grain size index -> Use default",
+         [](const Parameters& q) { return q.getMinGrainsize() == 6; }},
+        {[](Parameters& q) { q.setMaxGrainsize(-1); }, "Wrong maximum grain size index -> Use default",
+         [](const Parameters& q) { return q.getMaxGrainsize() == 13; }},
+    };
+    for (size_t row = 0; row < refusals.size(); ++row)
+    {
+        Parameters q(&tracer);
+        accept_all(q);
+        clear_trace();
+        refusals[row].set(q);
+        const std::string message = refusals[row].message;
+        EXPECT_EQ(g_trace, message.empty() ? "" : error_line(message)) << "row " << row;
+        EXPECT_TRUE(refusals[row].left(q)) << "row " << row;
+    }
+    clear_trace();
 
     const std::vector<int> before = p.getSedVolumes();
     EXPECT_FALSE(p.setSedVolumes(std::vector<int>(14, 5)));
-    EXPECT_EQ(tracer.take(), error_line("Wrong number of grain size class"));
+    EXPECT_EQ(g_trace, error_line("Wrong number of grain size class"));
+    clear_trace();
     EXPECT_EQ(p.getSedVolumes(), before);
 
     // Refusals are errors: a tracer set below the error level hears nothing.
     tracer.setTraceLevel(1);
     p.setSinuoInterval(5000);
-    EXPECT_EQ(tracer.take(), "");
+    EXPECT_EQ(g_trace, "");
 
     // Without a tracer a refusal is still applied.
     Parameters silent(nullptr);
@@ -674,12 +669,14 @@ TEST(Parameters, ReadToleratesBadFiles)
 
 TEST(Parameters, VersionTierAndCopy)
 {
-    CapturingTracer tracer;
+    Tracer tracer;
+    tracer.setTraceFunction(capture);
+    clear_trace();
     Parameters p(&tracer);
     EXPECT_EQ(p.getVersionStr(), "8.502");
     EXPECT_DOUBLE_EQ(p.getVersion(), 8.502);
     EXPECT_FALSE(p.getVersionDate().empty());
-    EXPECT_TRUE(tracer.lines.empty());
+    EXPECT_TRUE(g_trace.empty());
 
     const char* names[] = {"Free", "Premium", "Research"};
     for (int tier = 0; tier < 3; tier++)

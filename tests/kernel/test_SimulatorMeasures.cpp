@@ -27,10 +27,9 @@
 namespace
 {
 
-void silent(const char*, TraceLevel) {}
-
 using testing_support::capture;
 using testing_support::g_trace;
+using testing_support::silent;
 
 constexpr int NX = 121;
 constexpr int NY = 81;

@@ -1,5 +1,6 @@
 #include "kernel/Splay.h"
 
+#include "NetworkParts.h"
 #include "TestSupport.h"
 #include "kernel/Domain.h"
 #include "kernel/Facies.h"
@@ -23,7 +24,7 @@ namespace
 using testing_support::assertion_text;
 using testing_support::is_assertion_of;
 
-struct Kernel
+struct Kernel : testing_support::KernelParts
 {
     // A flat dry domain at relative elevation 0 with square cells of `d` metres.
     std::unique_ptr<Domain> make(int nx, int ny, double d = 10.)
@@ -31,11 +32,6 @@ struct Kernel
         return std::make_unique<Domain>(&mc, &seed, &mb, nullptr, d, d, nx, ny, Point2D(0., 0.), 0., 0., 0u,
                                         Facies(8));
     }
-    Tracer tracer;
-    Parameters params{&tracer};
-    MeanderCalculator mc{&params, &tracer};
-    SeedGenerator seed;
-    MassBalance mb;
 };
 
 // Length 100, aspect 0.5, level 1, thickness 2, apex ratio 0.3, neck 0.1, neck length 0.2, sharpness 1.

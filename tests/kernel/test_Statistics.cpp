@@ -15,12 +15,11 @@
 
 using testing_support::lines_of;
 using testing_support::read_file;
+using testing_support::silent;
 using testing_support::TempDir;
 
 namespace
 {
-
-void silent(const char*, TraceLevel) {}
 
 std::vector<std::string> fields_of(const std::string& line)
 {

@@ -11,6 +11,7 @@
 #include "kernel/SteepestError.h"
 #include "kernel/Tracer.h"
 
+#include "NetworkParts.h"
 #include "TestSupport.h"
 
 #include <gtest/gtest.h>
@@ -26,6 +27,8 @@ namespace
 {
 
 using testing_support::assertion_text;
+using testing_support::capture;
+using testing_support::g_trace;
 
 constexpr int NX = 30;
 constexpr int NY = 11;
@@ -35,13 +38,7 @@ constexpr double HMAX = 2.;
 // Fall of the tilted plane per cell along x.
 constexpr double FALL = 0.05;
 
-std::string g_trace;
-void capture(const char* text, TraceLevel)
-{
-    g_trace += text;
-}
-
-struct Kernel
+struct Kernel : testing_support::KernelParts
 {
     Kernel()
     {
@@ -58,11 +55,6 @@ struct Kernel
         dom->update_slope(0.001, azimuth);
         return dom;
     }
-    Tracer tracer;
-    Parameters params{&tracer};
-    MeanderCalculator mc{&params, &tracer};
-    SeedGenerator seed;
-    MassBalance mb;
 };
 
 // Sets the same true and pseudo elevation z(i, j) and erodibility e(i, j) on every node.

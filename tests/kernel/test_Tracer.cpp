@@ -5,21 +5,16 @@
 #include <algorithm>
 #include <vector>
 
+using testing_support::capture;
+using testing_support::clear_trace;
+using testing_support::g_trace;
+using testing_support::g_trace_levels;
 using testing_support::read_file;
 using testing_support::TempDir;
 using testing_support::write_file;
 
 namespace
 {
-
-std::string g_text;
-std::vector<TraceLevel> g_levels;
-
-void capture(const char* text, TraceLevel level)
-{
-    g_text += text;
-    g_levels.push_back(level);
-}
 
 int g_progress_sum = 0;
 
@@ -33,8 +28,7 @@ struct Captured : ::testing::Test
 {
     Captured()
     {
-        g_text.clear();
-        g_levels.clear();
+        clear_trace();
         tracer.setTraceFunction(&capture);
     }
     Tracer tracer;
@@ -62,9 +56,9 @@ TEST_F(Captured, LevelsFilterWhatReachesTheFunction)
     EXPECT_EQ(tracer.getTraceLevel(), TRACE_INFO);
     tracer.info("shown");
     tracer.debug("hidden");
-    EXPECT_EQ(g_text, "    Info      : shown\n");
+    EXPECT_EQ(g_trace, "    Info      : shown\n");
 
-    g_text.clear();
+    g_trace.clear();
     tracer.setVerbose(false);
     EXPECT_EQ(tracer.getTraceLevel(), TRACE_WARNING);
     EXPECT_FALSE(tracer.traceLevel(TRACE_INFO));
@@ -73,8 +67,8 @@ TEST_F(Captured, LevelsFilterWhatReachesTheFunction)
     tracer.trace("raw info\n", TRACE_INFO);
     tracer.warning("careful");
     tracer.error("broken");
-    EXPECT_EQ(g_text, "#  WARNING  # : careful\n##  ERROR  ## : broken\n");
-    EXPECT_EQ(g_levels.back(), TRACE_ERROR);
+    EXPECT_EQ(g_trace, "#  WARNING  # : careful\n##  ERROR  ## : broken\n");
+    EXPECT_EQ(g_trace_levels.back(), TRACE_ERROR);
 
     tracer.setVerbose(true);
     EXPECT_EQ(tracer.getTraceLevel(), TRACE_INFO);
@@ -83,15 +77,15 @@ TEST_F(Captured, LevelsFilterWhatReachesTheFunction)
     // fatal line always reaches the function.
     tracer.setTraceLevel(0);
     EXPECT_EQ(tracer.getTraceLevel(), TRACE_FATAL);
-    g_text.clear();
+    g_trace.clear();
     tracer.error("not at fatal level");
     tracer.trace("end\n", TRACE_FATAL);
-    EXPECT_EQ(g_text, "end\n");
+    EXPECT_EQ(g_trace, "end\n");
     tracer.setTraceLevel(42);
     EXPECT_EQ(tracer.getTraceLevel(), TRACE_ALL);
-    g_text.clear();
+    g_trace.clear();
     tracer.debug("deep");
-    EXPECT_EQ(g_text, "    Debug     : deep\n");
+    EXPECT_EQ(g_trace, "    Debug     : deep\n");
 }
 
 TEST_F(Captured, ErrorsAreCountedAndKeptOnceEvenWhenHidden)
@@ -102,7 +96,7 @@ TEST_F(Captured, ErrorsAreCountedAndKeptOnceEvenWhenHidden)
     tracer.warning("not an error");
     tracer.setTraceLevel(TRACE_FATAL);
     tracer.error("hidden");
-    EXPECT_EQ(g_text.find("hidden"), std::string::npos);
+    EXPECT_EQ(g_trace.find("hidden"), std::string::npos);
     EXPECT_EQ(tracer.getErrorCount(), 3u);
     EXPECT_EQ(tracer.getDistinctErrors(), (std::vector<std::string>{"first\nsecond", "hidden"}));
     // Texts that change at every turn are counted, but their list is bounded.
@@ -123,19 +117,19 @@ TEST_F(Captured, TracerIdPrecedesTheLine)
     tracer.error("b");
     tracer.setTracerId(0);
     tracer.warning("c");
-    EXPECT_EQ(g_text, "##  ERROR  ## : a\n[7] ##  ERROR  ## : b\n[0] #  WARNING  # : c\n");
+    EXPECT_EQ(g_trace, "##  ERROR  ## : a\n[7] ##  ERROR  ## : b\n[0] #  WARNING  # : c\n");
 }
 
 TEST_F(Captured, MultiLineTextsUseTheContinuationPrefix)
 {
     tracer.error("first\nsecond\nthird");
-    EXPECT_EQ(g_text, "##  ERROR  ## : first\n"
-                      "              : second\n"
-                      "              : third\n");
-    g_text.clear();
+    EXPECT_EQ(g_trace, "##  ERROR  ## : first\n"
+                       "              : second\n"
+                       "              : third\n");
+    g_trace.clear();
     tracer.info("only one\n");
     tracer.info("");
-    EXPECT_EQ(g_text, "    Info      : only one\n    Info      : \n");
+    EXPECT_EQ(g_trace, "    Info      : only one\n    Info      : \n");
     for (const char* prefix : {MP_TRACE_PREFIX_ERROR, MP_TRACE_PREFIX_WARNING, MP_TRACE_PREFIX_INFO,
                                MP_TRACE_PREFIX_DEBUG, MP_TRACE_PREFIX_CONT})
         EXPECT_EQ(std::string(prefix).size(), 16u) << prefix;
@@ -145,33 +139,33 @@ TEST_F(Captured, CallMarksOnlyAtDebugLevel)
 {
     tracer.traceCallIn("quiet");
     tracer.traceCallOut("quiet");
-    EXPECT_EQ(g_text, "");
+    EXPECT_EQ(g_trace, "");
     tracer.setTraceLevel(TRACE_DEBUG);
     tracer.traceCallIn("find_new_course");
     EXPECT_EQ(tracer.getCallDepth(), 1);
     tracer.traceCallOut("find_new_course");
     EXPECT_EQ(tracer.getCallDepth(), 0);
     const std::string spaces(16, ' ');
-    EXPECT_EQ(g_text, spaces + " => find_new_course\n" + spaces + " ## find_new_course\n");
-    EXPECT_EQ(g_levels, std::vector<TraceLevel>({TRACE_DEBUG, TRACE_DEBUG}));
+    EXPECT_EQ(g_trace, spaces + " => find_new_course\n" + spaces + " ## find_new_course\n");
+    EXPECT_EQ(g_trace_levels, std::vector<TraceLevel>({TRACE_DEBUG, TRACE_DEBUG}));
 }
 
 TEST(Tracer, WithoutFunctionsNothingIsPrintedAndRunsGoOn)
 {
     Tracer tracer;
     tracer.setTraceLevel(TRACE_ALL);
-    g_text.clear();
+    g_trace.clear();
     tracer.error("lost");
     tracer.trace("lost\n", TRACE_FATAL);
     tracer.traceCallIn("x");
-    EXPECT_EQ(g_text, "");
+    EXPECT_EQ(g_trace, "");
     EXPECT_TRUE(tracer.progress(1));
     EXPECT_TRUE(tracer.progress(-100));
 
     tracer.setTraceFunction(&capture);
     tracer.setTraceFunction(nullptr);
     tracer.error("lost again");
-    EXPECT_EQ(g_text, "");
+    EXPECT_EQ(g_trace, "");
 
     g_progress_sum = 0;
     tracer.setProgressFunction(&stop_at_three);
@@ -188,10 +182,10 @@ TEST_F(Captured, StatsIntervalAbove1000IsRefused)
 {
     EXPECT_TRUE(tracer.setStatsInterval(1000));
     EXPECT_EQ(tracer.statsInterval(), 1000u);
-    EXPECT_EQ(g_text, "");
+    EXPECT_EQ(g_trace, "");
     EXPECT_FALSE(tracer.setStatsInterval(1001));
     EXPECT_EQ(tracer.statsInterval(), Tracer::MP_DEFAULT_STATS_INTERVAL);
-    EXPECT_EQ(g_text, "##  ERROR  ## : Stats interval > 1000 -> Use default\n");
+    EXPECT_EQ(g_trace, "##  ERROR  ## : Stats interval > 1000 -> Use default\n");
 }
 
 TEST(Tracer, SwitchesAreIndependent)
@@ -307,24 +301,24 @@ TEST_F(Captured, FilesThatCannotBeUsedAreReported)
     const std::string bad = dir.file("missing_dir/stats.csv");
     tracer.setStatsFile(bad);
     EXPECT_FALSE(tracer.openStatsFile(std::ios::app));
-    EXPECT_EQ(g_text, "##  ERROR  ## : Error opening CSV file:" + bad + "\n");
-    g_text.clear();
+    EXPECT_EQ(g_trace, "##  ERROR  ## : Error opening CSV file:" + bad + "\n");
+    g_trace.clear();
     EXPECT_FALSE(tracer.dumpStats("1;2"));
-    EXPECT_EQ(g_text, "##  ERROR  ## : Error opening CSV file:" + bad + "\n");
+    EXPECT_EQ(g_trace, "##  ERROR  ## : Error opening CSV file:" + bad + "\n");
 
-    g_text.clear();
+    g_trace.clear();
     EXPECT_FALSE(tracer.openCenterlineStatsFile(std::ios::app));
     EXPECT_FALSE(tracer.openGrainsizeStatsFile(std::ios::trunc));
-    EXPECT_EQ(g_text, "##  ERROR  ## : Centerline statistics file is not defined\n"
-                      "##  ERROR  ## : Grain size statistics file is not defined\n");
+    EXPECT_EQ(g_trace, "##  ERROR  ## : Centerline statistics file is not defined\n"
+                       "##  ERROR  ## : Grain size statistics file is not defined\n");
 
-    g_text.clear();
+    g_trace.clear();
     tracer.setStatsFile("");
     tracer.setGenerateStatsIteration(true);
     tracer.setGenerateGrainsizeStats(true);
     tracer.setGrainsizeStatsFile(dir.file("gr.csv"));
     EXPECT_FALSE(tracer.resetStatsFiles());
-    EXPECT_EQ(g_text, "##  ERROR  ## : Statistics file is not defined\n");
+    EXPECT_EQ(g_trace, "##  ERROR  ## : Statistics file is not defined\n");
     // The failure of one file does not keep the others from being reset.
     EXPECT_EQ(read_file(dir.file("gr.csv")), GR_HEADER + "\n");
 }
@@ -353,9 +347,9 @@ TEST_F(Captured, ResetFromCopiesSettingsNotStreams)
     EXPECT_EQ(copy.statsInterval(), 25u);
     EXPECT_EQ(copy.getCenterlineStatsFile(), dir.file("cl.csv"));
     EXPECT_EQ(copy.getProgressFunction(), &stop_at_three);
-    g_text.clear();
+    g_trace.clear();
     copy.info("hello");
-    EXPECT_EQ(g_text, "[3]     Info      : hello\n");
+    EXPECT_EQ(g_trace, "[3]     Info      : hello\n");
 
     copy.setTraceLevel(TRACE_INFO);
     EXPECT_FALSE(copy.traceSteepest());

@@ -17,15 +17,12 @@
 #include <utility>
 #include <vector>
 
+using testing_support::capture;
+using testing_support::g_trace;
+using testing_support::traced;
+
 namespace
 {
-std::string g_trace;
-
-void capture(const char* text, TraceLevel)
-{
-    g_trace += text;
-}
-
 const unsigned char UD = 0, CL = 1, PB = 2, CSI = 4, LV = 7, OB = 8, MP = 9;
 
 class WellTest : public ::testing::Test

@@ -22,18 +22,13 @@
 #include <string>
 #include <vector>
 
+using testing_support::capture;
+using testing_support::g_trace;
 using testing_support::read_file;
 using testing_support::TempDir;
 
 namespace
 {
-
-std::string g_trace;
-
-void capture(const char* text, TraceLevel)
-{
-    g_trace += text;
-}
 
 constexpr unsigned char SAND_PLUG = 3;
 constexpr unsigned char MUD_PLUG = 9;

@@ -3,6 +3,7 @@
 // told, on a real tracer and a real parameter registry. Batch and interface
 // tests drive it instead of a whole simulation.
 
+#include "TestSupport.h"
 #include "interface/iDomain.h"
 #include "interface/iSimulator.h"
 #include "kernel/Constants.h"
@@ -25,18 +26,6 @@
 
 namespace testing_support
 {
-
-// Everything the tracer printed since the last clear.
-inline std::string& trace_text()
-{
-    static std::string text;
-    return text;
-}
-
-inline void capture_trace(const char* text, TraceLevel)
-{
-    trace_text() += text ? text : "";
-}
 
 class FakeDomain : public iDomain
 {
@@ -73,8 +62,8 @@ public:
     // Tier: 0 Free, 1 Premium, 2 Research.
     explicit FakeSimulator(int tier = 2) : _parameters(&_tracer)
     {
-        trace_text().clear();
-        _tracer.setTraceFunction(capture_trace);
+        clear_trace();
+        _tracer.setTraceFunction(capture);
         _parameters.setUsingDistrib(tier);
     }
 

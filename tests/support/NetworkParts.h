@@ -1,9 +1,12 @@
 #pragma once
-// The kernel objects a Network test stands on: the parameters, the services
-// the network draws on, a grid of empty stacks and the network over it.
+// The kernel objects a test stands on: the parameters and the services every
+// kernel object draws on; for channel tests a flat reach of overbank; for
+// network tests a grid of empty stacks and the network over it.
 
+#include "kernel/Channel.h"
 #include "kernel/DistributionGenerator.h"
 #include "kernel/Domain.h"
+#include "kernel/FaciesFamilies.h"
 #include "kernel/MassBalance.h"
 #include "kernel/MeanderCalculator.h"
 #include "kernel/Network.h"
@@ -12,11 +15,57 @@
 #include "kernel/Tracer.h"
 
 #include <memory>
+#include <vector>
 
 namespace testing_support
 {
 
-struct NetworkParts
+struct KernelParts
+{
+    Tracer tracer;
+    Parameters params{&tracer};
+    MeanderCalculator mc{&params, &tracer};
+    SeedGenerator seed;
+    MassBalance mb;
+};
+
+// A flat reach: a domain of REACH_TOP metres of overbank on every node, and
+// channels along it at that elevation with their geometry and flow.
+struct ReachParts : KernelParts
+{
+    static constexpr double REACH_TOP = 10.;
+
+    std::unique_ptr<Domain> make_domain(int nx, int ny, double dx)
+    {
+        const Facies overbank(Overbank::_fd.id());
+        auto domain = std::make_unique<Domain>(&mc, &seed, &mb, nullptr, dx, dx, nx, ny, Point2D(0., 0.), 0.,
+                                               0., 0u, overbank);
+        domain->set_margins(12, 12);
+        domain->deposit_uniform_thickness(REACH_TOP, overbank, 0u);
+        domain->update_slope(0.001, 0.);
+        return domain;
+    }
+
+    std::unique_ptr<Channel> make_channel(const std::vector<Point3D>& points, double width = 30.)
+    {
+        auto channel = std::make_unique<Channel>(&mc, points);
+        channel->init_geom(3., width, 375., 0.001);
+        channel->init_flow();
+        channel->update_flow_sinuosity();
+        return channel;
+    }
+
+    // Points `step` apart along y = y0 from x0, at elevation REACH_TOP.
+    static std::vector<Point3D> straight(int n, double x0, double step, double y0)
+    {
+        std::vector<Point3D> points;
+        for (int i = 0; i < n; i++)
+            points.emplace_back(x0 + i * step, y0, REACH_TOP);
+        return points;
+    }
+};
+
+struct NetworkParts : KernelParts
 {
     // A channel flowing along x on a slope of 0.001, margins in channel widths.
     void set_channel(double width, double depth, double wavelength, double margin)
@@ -45,11 +94,6 @@ struct NetworkParts
         network->init_network();
     }
 
-    Tracer tracer;
-    Parameters params{&tracer};
-    MeanderCalculator mc{&params, &tracer};
-    SeedGenerator seed;
-    MassBalance mb;
     UniformDistributionGenerator uniform{&seed, 0., 1.};
     std::unique_ptr<Domain> domain;
     std::unique_ptr<Network> network;

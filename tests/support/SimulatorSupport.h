@@ -1,7 +1,7 @@
 #pragma once
-// The trace of a test's simulators gathered as text, and the small grids the
-// simulator tests run on.
+// The small grids the simulator tests run on, their trace captured.
 
+#include "TestSupport.h"
 #include "interface/iParameters.h"
 #include "interface/iTracer.h"
 #include "kernel/Simulator.h"
@@ -11,19 +11,6 @@
 
 namespace testing_support
 {
-
-inline std::string g_trace;
-
-// A trace function that appends to g_trace.
-inline void capture(const char* text, TraceLevel)
-{
-    g_trace += text;
-}
-
-inline bool contains(const std::string& text, const std::string& part)
-{
-    return text.find(part) != std::string::npos;
-}
 
 // A simulator on nx x ny nodes of 10 m at info level, its trace captured
 // from an empty g_trace.
@@ -37,7 +24,7 @@ inline std::unique_ptr<Simulator> simulator_on_grid(int nx, int ny)
     p->setParamInt("DOMAIN_NY", ny);
     p->setParamDouble("DOMAIN_DX", 10.);
     p->setParamDouble("DOMAIN_DY", 10.);
-    g_trace.clear();
+    clear_trace();
     return sim;
 }
 

@@ -1,6 +1,8 @@
 #pragma once
 // Small helpers shared by the test suites.
 
+#include "interface/iTracer.h"
+
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -13,6 +15,43 @@
 
 namespace testing_support
 {
+
+// What the tracers handed to `capture` printed since the last clear_trace(),
+// and the level of each piece, in order.
+inline std::string g_trace;
+inline std::vector<TraceLevel> g_trace_levels;
+
+inline void clear_trace()
+{
+    g_trace.clear();
+    g_trace_levels.clear();
+}
+
+inline void capture(const char* text, TraceLevel level)
+{
+    g_trace += text ? text : "";
+    g_trace_levels.push_back(level);
+}
+
+// Keeps warnings and worse only.
+inline void capture_warnings(const char* text, TraceLevel level)
+{
+    if (level <= TRACE_WARNING)
+        capture(text, level);
+}
+
+// Drops everything: for tests that only need the tracer to be quiet.
+inline void silent(const char*, TraceLevel) {}
+
+inline bool contains(const std::string& text, const std::string& part)
+{
+    return text.find(part) != std::string::npos;
+}
+
+inline bool traced(const std::string& text)
+{
+    return contains(g_trace, text);
+}
 
 // A fresh directory under the system temp dir, removed with the object.
 class TempDir
