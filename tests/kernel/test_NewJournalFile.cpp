@@ -104,14 +104,14 @@ TEST(NewJournalFile, EveryDeclaredKeywordIsRead)
         {
             load_batch(sim, dir,
                        "[GLOBAL]\n" + line + "F2G_FILE = b.f2g\nF2G_DZ = 1\nF2G_FACIES = 1\n" + SEQUENCE);
-            EXPECT_FALSE(traced("Unknown keyword: " + name + " ")) << trace_text();
+            EXPECT_FALSE(traced("Unknown keyword: " + name + " ")) << g_trace;
         }
         else
         {
             load_batch(sim, dir,
                        "[GLOBAL]\nF2G_FILE = b.f2g\nF2G_DZ = 1\nF2G_FACIES = 1\n" + std::string(SEQUENCE) +
                            line);
-            EXPECT_FALSE(traced("Unknown parameter :" + name)) << trace_text();
+            EXPECT_FALSE(traced("Unknown parameter :" + name)) << g_trace;
         }
     }
 }
