@@ -503,7 +503,7 @@ bool Network::regional_avulsion(double scale)
             MP_ASSERT_TEXT(join != nullptr, "cp_join != NULL");
             Channel* tail = _ch->divide(join);
             channel->append(tail);
-            if (tail != _ch)
+            if (_ch->owns_tail(tail))
                 delete tail;
             plug = ADD_PLUG_DOWNSTREAM;
         }
