@@ -118,8 +118,12 @@ public:
     void append(ChannelPoint* cp);
     void prepend(Channel* c);
     void prepend(ChannelPoint* cp);
-    // Splits before `cp`; the downstream part is returned and owned by the caller.
+    // Splits before `cp` and returns the downstream part: a new channel the
+    // caller owns, or, when `cp` is the first point, this channel unchanged,
+    // which the caller must not delete (see owns_tail).
     Channel* divide(ChannelPoint* cp);
+    // Whether `tail`, an answer of this channel's divide, is the caller's to delete.
+    bool owns_tail(const Channel* tail) const { return tail != this; }
 
     // Queries.
     double mean_maximum_flow_depth() const;

@@ -34,6 +34,10 @@ public:
                  ChannelPoint* next);
     // Tells the attached well that it lost its point; does not unlink.
     ~ChannelPoint() override;
+    // A new chain along `points`, each point made after its upstream neighbour
+    // (whose flow it starts from); the head, or null for no point, is the caller's.
+    static ChannelPoint* make_chain(MeanderCalculator const* mc, const std::vector<double>& proportions,
+                                    double width, const std::vector<Point3D>& points);
 
     // iChannelPoint
     double getX() const override { return _x; }

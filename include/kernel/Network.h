@@ -13,6 +13,7 @@
 #include "kernel/Point3D.h"
 #include "kernel/SteepestError.h"
 
+#include <functional>
 #include <list>
 #include <memory>
 #include <string>
@@ -247,6 +248,15 @@ private:
     // Traces the error of a failed channel creation; answers false.
     bool creation_failed(const std::string& text) const;
     void delete_channel();
+    // What a caller does with the course found, or not, from one entry point:
+    // true keeps it and ends the tries.
+    using EntryCourse = std::function<bool(const PairTopoIndex& entry, bool found, ChannelPoint* join,
+                                           const std::vector<Point3D>& path, SteepestError error)>;
+    // Tries the entry points in the order the seed draws them, a steepest
+    // course down from each, until `keep` takes one; false when none is taken
+    // or there is no entry point. `trace_attempts` puts each try in the debug trace.
+    bool try_entry_points(const char* label, const RouteGrid* route, double hmax, bool trace_attempts,
+                          const EntryCourse& keep);
     // The points of a course found from an entry node (grid path, relative frame out).
     std::vector<Point3D> course_points(const PairTopoIndex& entry, const std::vector<Point3D>& path) const;
     void fill_grid_points(std::vector<ChannelGridPoint>& out) const;

@@ -223,6 +223,9 @@ public:
     const DistributionGenerator* channelScaleDistribution() const { return _channelScaleDistribution.get(); }
     const DistributionGenerator* epDistribution() const { return _epDistribution.get(); }
     double getOverbankDecayLength() const { return _overbankDecayLength; }
+    // A sequence is open once newSequence has computed a positive overbank
+    // decay length; clear() sets the length back to 0, which closes it.
+    bool sequenceOpen() const { return _overbankDecayLength > 0.; }
     double getOverbankMaxGrain() const { return _overbankMaxGrain; }
     unsigned int getNextLocalAllowed() const { return _nextLocalAllowed; }
     unsigned int getNextRegionalAllowed() const { return _nextRegionalAllowed; }
@@ -233,6 +236,13 @@ public:
     void sampleChannelMeasures();
 
 private:
+    // The steps of one iteration, in the order oneLoop takes them.
+    void tickClocks(unsigned int it, unsigned int age);
+    void moveAndDeposit(int ag_type, unsigned int age);
+    void forceAvulsions(int ag_type, unsigned int age, bool av_stats);
+    void flood(int ag_type, unsigned int age);
+    void clockedAvulsions(int ag_type, unsigned int age, bool av_stats);
+    int stopTests();
     void prepareOverbank();
     void setupMassBalance();
     // Erodes the block down to the upper limit surface (warns when it cannot).
@@ -301,6 +311,7 @@ private:
     unsigned int _nextRegionalAllowed = 0;
     unsigned int _nextLocalAllowed = 0;
     bool _firstReset = true;
+    // Also tells whether a sequence is open: read that through sequenceOpen().
     double _overbankDecayLength = 0.;
     double _overbankMaxGrain = 0.;
     // The flattening surface the domain reads; empty when none is loaded.

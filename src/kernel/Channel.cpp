@@ -102,15 +102,9 @@ void Channel::init_scalars(const Channel& other)
 void Channel::init_points(const std::vector<Point3D>& points)
 {
     MP_ASSERT_TEXT(points.size() > 1, "v.size() > 1");
-    const std::vector<double> proportions = _mc->parameters()->getSedProportions();
-    for (const Point3D& p : points)
-    {
-        ChannelPoint* cp = new ChannelPoint(_mc, proportions, width(), p, _last, nullptr);
-        if (_first == nullptr)
-            _first = cp;
-        _last = cp;
-        _nb_cp++;
-    }
+    // Only the constructors build from points, on an empty channel.
+    MP_ASSERT_TEXT(_first == nullptr, "_first == NULL");
+    append(ChannelPoint::make_chain(_mc, _mc->parameters()->getSedProportions(), width(), points));
 }
 
 void Channel::check_three_points() const

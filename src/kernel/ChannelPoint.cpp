@@ -67,6 +67,20 @@ ChannelPoint::~ChannelPoint()
     tell_point_lost(_well);
 }
 
+ChannelPoint* ChannelPoint::make_chain(MeanderCalculator const* mc, const std::vector<double>& proportions,
+                                       double width, const std::vector<Point3D>& points)
+{
+    ChannelPoint* head = nullptr;
+    ChannelPoint* last = nullptr;
+    for (const Point3D& p : points)
+    {
+        last = new ChannelPoint(mc, proportions, width, p, last, nullptr);
+        if (head == nullptr)
+            head = last;
+    }
+    return head;
+}
+
 void ChannelPoint::init_fields()
 {
     _slope = 0.;

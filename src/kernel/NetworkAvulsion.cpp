@@ -444,30 +444,13 @@ bool Network::regional_avulsion(double scale)
 
     const RouteGrid route = channel_route(*_domain, *_ch);
     const bool old_inside = route_crosses_domain(route, *_domain);
-    if (_entry_points.empty())
-        _entry_points.calculate(*_domain, true);
-    if (_entry_points.empty())
-        return false;
-    _entry_points.valuate(*_domain, hmax);
     const double margin_chance =
         2. * (margin_x(*_domain) + margin_y(*_domain)) / static_cast<double>(route.getNx() + route.getNy());
     const std::vector<double> proportions = _params->getSedProportions();
 
-    PairTopoIndex entry;
-    int attempt = 0;
-    while (_entry_points.select_next(_seed, entry))
+    const auto keep = [&](const PairTopoIndex& entry, bool found, ChannelPoint* join,
+                          const std::vector<Point3D>& path, SteepestError error)
     {
-        ++attempt;
-        int ix = entry.ix, iy = entry.iy;
-        _domain->next_steepest_node(ix, iy, false);
-        if (tracing(_tracer, TRACE_DEBUG))
-            _tracer->debug(
-                attempt_text("Regional Avulsion", _iteration, attempt, entry.ix, entry.iy, ix, iy));
-        std::vector<Point3D> path;
-        ChannelPoint* join = nullptr;
-        SteepestError error = STEEPEST_OK;
-        bool found = _domain->find_steepest(&route, _uniform, entry.ix, entry.iy, ix, iy, join, path, error,
-                                            hmax, false);
         const bool cutoff = found && error == STEEPEST_CUTOFF;
         if (found && !old_inside)
         {
@@ -485,17 +468,10 @@ bool Network::regional_avulsion(double scale)
         if (!found)
         {
             trace_debug(_tracer, "     Regional Avulsion Failure: " + Domain::steepest_error(error));
-            continue;
+            return false;
         }
 
-        ChannelPoint* head = nullptr;
-        ChannelPoint* last = nullptr;
-        for (const Point3D& p : course_points(entry, path))
-        {
-            last = new ChannelPoint(_mc, proportions, width, p, last, nullptr);
-            if (head == nullptr)
-                head = last;
-        }
+        ChannelPoint* head = ChannelPoint::make_chain(_mc, proportions, width, course_points(entry, path));
         Channel* channel = new Channel(_mc, *_ch, head);
         AddPlug plug = ADD_PLUG_NONE;
         if (cutoff)
@@ -503,7 +479,7 @@ bool Network::regional_avulsion(double scale)
             MP_ASSERT_TEXT(join != nullptr, "cp_join != NULL");
             Channel* tail = _ch->divide(join);
             channel->append(tail);
-            if (tail != _ch)
+            if (_ch->owns_tail(tail))
                 delete tail;
             plug = ADD_PLUG_DOWNSTREAM;
         }
@@ -512,8 +488,9 @@ bool Network::regional_avulsion(double scale)
         count_avulsion(*this);
         channel_points_created();
         return true;
-    }
-    return false;
+    };
+    // The tries are traced with the other avulsion lines, under their switch.
+    return try_entry_points("Regional Avulsion", &route, hmax, tracing(_tracer, TRACE_DEBUG), keep);
 }
 
 void Network::local_avulsion(bool no_splay, double p_splay2, double p_distrib, bool forced)

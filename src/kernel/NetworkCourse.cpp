@@ -26,30 +26,10 @@ bool Network::construct_steepest_channel()
     MP_ASSERT_TEXT(_tracer != nullptr, "tracer != NULL");
     const double hmax = channel_max_depth();
     _domain->compute_pseudo_topo(hmax, *_uniform);
-    if (_entry_points.empty())
-        _entry_points.calculate(*_domain, _ch != nullptr);
-    if (_entry_points.empty())
+    const auto keep = [this](const PairTopoIndex& entry, bool found, ChannelPoint*,
+                             const std::vector<Point3D>& path, SteepestError error)
     {
-        _tracer->info("   Steepest Channel Creation Failed !!!");
-        return false;
-    }
-    _entry_points.valuate(*_domain, hmax);
-
-    PairTopoIndex entry;
-    int attempt = 0;
-    while (_entry_points.select_next(_seed, entry))
-    {
-        ++attempt;
-        int ix = entry.ix, iy = entry.iy;
-        _domain->next_steepest_node(ix, iy, false);
-        if (_tracer->traceLevel(TRACE_DEBUG))
-            _tracer->debug(
-                attempt_text("Creating New Channel", _iteration, attempt, entry.ix, entry.iy, ix, iy));
-        std::vector<Point3D> path;
-        ChannelPoint* join = nullptr;
-        SteepestError error = STEEPEST_OK;
-        if (_domain->find_steepest(nullptr, _uniform, entry.ix, entry.iy, ix, iy, join, path, error, hmax,
-                                   false))
+        if (found)
         {
             const std::vector<Point3D> points = course_points(entry, path);
             if (_ch != nullptr)
@@ -63,8 +43,39 @@ bool Network::construct_steepest_channel()
         _tracer->debug(std::string(last ? "     Steepest Channel Creation Failure: "
                                         : "     Steepest Channel Creation Attempt: ") +
                        Domain::steepest_error(error));
-    }
+        return false;
+    };
+    if (try_entry_points("Creating New Channel", nullptr, hmax, _tracer->traceLevel(TRACE_DEBUG), keep))
+        return true;
     _tracer->info("   Steepest Channel Creation Failed !!!");
+    return false;
+}
+
+bool Network::try_entry_points(const char* label, const RouteGrid* route, double hmax, bool trace_attempts,
+                               const EntryCourse& keep)
+{
+    if (_entry_points.empty())
+        _entry_points.calculate(*_domain, _ch != nullptr);
+    if (_entry_points.empty())
+        return false;
+    _entry_points.valuate(*_domain, hmax);
+    PairTopoIndex entry;
+    int attempt = 0;
+    while (_entry_points.select_next(_seed, entry))
+    {
+        ++attempt;
+        int ix = entry.ix, iy = entry.iy;
+        _domain->next_steepest_node(ix, iy, false);
+        if (trace_attempts)
+            _tracer->debug(attempt_text(label, _iteration, attempt, entry.ix, entry.iy, ix, iy));
+        std::vector<Point3D> path;
+        ChannelPoint* join = nullptr;
+        SteepestError error = STEEPEST_OK;
+        const bool found = _domain->find_steepest(route, _uniform, entry.ix, entry.iy, ix, iy, join, path,
+                                                  error, hmax, false);
+        if (keep(entry, found, join, path, error))
+            return true;
+    }
     return false;
 }
 
@@ -161,14 +172,5 @@ ChannelPoint* Network::find_new_course(const Point2D& from, const Point2D& to, c
         std::reverse(points.begin(), points.end());
 
     const double width = channel != nullptr ? channel->width() : channel_width();
-    const std::vector<double> proportions = _params->getSedProportions();
-    ChannelPoint* head = nullptr;
-    ChannelPoint* last = nullptr;
-    for (const Point3D& p : points)
-    {
-        last = new ChannelPoint(_mc, proportions, width, p, last, nullptr);
-        if (head == nullptr)
-            head = last;
-    }
-    return head;
+    return ChannelPoint::make_chain(_mc, _params->getSedProportions(), width, points);
 }

@@ -157,6 +157,9 @@ void Network::connect(Channel* channel, ChannelPoint* new_points, LociList& loci
     MP_ASSERT(channel != nullptr);
     MP_ASSERT(!loci.empty());
     ChannelPoint* from = loci.front().second;
+    // The path comes back below the breach: a join at or above it would make
+    // the whole channel its own tail.
+    MP_ASSERT_TEXT(channel->index(from, join) > 1, "join after breach");
     Channel* tail = channel->divide(join);
     for (auto it = loci.begin(); it != loci.end();)
     {
@@ -168,7 +171,8 @@ void Network::connect(Channel* channel, ChannelPoint* new_points, LociList& loci
     channel->abandon_between(from, channel->last(), _domain, _mb, _iteration, 0.05);
     channel->append(new_points);
     channel->append(tail);
-    delete tail;
+    if (channel->owns_tail(tail))
+        delete tail;
 }
 
 void Network::trace_array(const LociList& list, const std::string& title) const

@@ -529,9 +529,9 @@ int Simulator::run(unsigned int n)
 {
     try
     {
-        if (!ready(true) && _overbankDecayLength > 0.)
+        if (!ready(true) && sequenceOpen())
             return MP_STATUS_NOT_READY;
-        if (_overbankDecayLength <= 0.)
+        if (!sequenceOpen())
             return fail(std::string("Simulator::run : not ready ! Call newSequence first"),
                         MP_STATUS_NOT_READY);
         int status = prepareRun();
@@ -658,12 +658,29 @@ int Simulator::prepareRun()
     return status;
 }
 
+// One iteration is the list of its steps. Their order, and the order of the
+// draws inside each, is behaviour: a run repeats from its seed only so.
 int Simulator::oneLoop()
 {
     _massBalance->resetVolume();
     _network->incrementAge();
     const unsigned int it = _network->getAge();
     const unsigned int age = getAge();
+    tickClocks(it, age);
+    const int ag_type = getInt("AG_TYPE");
+    moveAndDeposit(ag_type, age);
+    const bool av_stats = _tracer->generateStatsAv();
+    forceAvulsions(ag_type, age, av_stats);
+    flood(ag_type, age);
+    clockedAvulsions(ag_type, age, av_stats);
+    if (_tracer->generateStatsIt() && _statsProcess->occurs(age))
+        dumpStats();
+    return stopTests();
+}
+
+// The periodic chores, the base level and the erodibility under the upper limit.
+void Simulator::tickClocks(unsigned int it, unsigned int age)
+{
     if (it % MEAN_TOPO_STEP == 0)
     {
         std::ostringstream text;
@@ -686,8 +703,13 @@ int Simulator::oneLoop()
     }
     if (getInt("ZUL_TYPE") == ZUL_STRATIGRAPHIC)
         _domain->build_emap_zul(getDouble("EROD_COEF"));
+}
 
-    const int ag_type = getInt("AG_TYPE");
+// The channel moves (or its ghost does), or the drape falls. The move lays its
+// deposits in Network::migrate_with -> channel_points_moved -> update_domain,
+// through channel_points_created again when the ends had to be rebuilt.
+void Simulator::moveAndDeposit(int ag_type, unsigned int age)
+{
     if (_parameters->usingTurbi() && _network->has_channel())
     {
         if (ag_type == AG_GHOST)
@@ -711,12 +733,16 @@ int Simulator::oneLoop()
         printout("Draping");
         _network->make_draping((*_overbankDistribution)(), getInt("AG_DRAP"));
     }
+}
 
-    const bool av_stats = _tracer->generateStatsAv();
-    bool forced_local = false;
-    if (!skips_migration(ag_type) && wantLocalAvulsion())
+// The avulsions the wells ask for; a forced local one leaves no room for a
+// forced regional one in the same iteration.
+void Simulator::forceAvulsions(int ag_type, unsigned int age, bool av_stats)
+{
+    if (skips_migration(ag_type))
+        return;
+    if (wantLocalAvulsion())
     {
-        forced_local = true;
         if (av_stats)
             dumpStats();
         printout("Local Avulsion Forced by Conditioning");
@@ -724,17 +750,24 @@ int Simulator::oneLoop()
                                  true);
         _localAvulsionProcess->reset(age);
         _nextLocalAllowed = half_interval(age, _localAvulsionProcess.get());
+        return;
     }
-    if (!forced_local && !skips_migration(ag_type) && wantRegionalAvulsion())
+    if (wantRegionalAvulsion())
     {
         printout("Regional Avulsion Forced by Conditioning");
         if (av_stats)
             dumpStats();
+        // Only this forced path rounds the scale to a whole number; the clocked
+        // one does not. With the default scale of 100 both give 1.
         _network->regional_avulsion(std::round((*_channelScaleDistribution)() / 100.));
         _regionalAvulsionProcess->reset(age);
         _nextRegionalAllowed = half_interval(age, _regionalAvulsionProcess.get());
     }
+}
 
+// The overbank flood (with its peat, drape and breaches) or the incision.
+void Simulator::flood(int ag_type, unsigned int age)
+{
     if (ag_type == AG_OVERBANK && _overbankProcess->occurs(age))
     {
         printout("Overbank Flow");
@@ -759,7 +792,14 @@ int Simulator::oneLoop()
         printout("Incision");
         _network->make_incision((*_overbankDistribution)());
     }
-    if (!skips_migration(ag_type) && _localAvulsionProcess->occurs(age))
+}
+
+// The avulsions of the clocks, which the wells may still block.
+void Simulator::clockedAvulsions(int ag_type, unsigned int age, bool av_stats)
+{
+    if (skips_migration(ag_type))
+        return;
+    if (_localAvulsionProcess->occurs(age))
     {
         printout("Levee Breaches (others)");
         if (canAvulse())
@@ -768,7 +808,7 @@ int Simulator::oneLoop()
         else
             _tracer->info("   Local Avulsion Blocked by Conditioning");
     }
-    if (!skips_migration(ag_type) && _regionalAvulsionProcess->occurs(age))
+    if (_regionalAvulsionProcess->occurs(age))
     {
         printout("Regional Avulsion");
         if (canAvulse())
@@ -780,9 +820,10 @@ int Simulator::oneLoop()
         else
             _tracer->info("   Regional Avulsion Blocked by Conditioning");
     }
-    if (_tracer->generateStatsIt() && _statsProcess->occurs(age))
-        dumpStats();
+}
 
+int Simulator::stopTests()
+{
     if (zulReached())
     {
         if (getInt("ZUL_TYPE") == ZUL_ERODE)

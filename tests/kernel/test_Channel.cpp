@@ -311,8 +311,9 @@ TEST_F(ChannelTest, JoiningAndDividing)
     expect_consistent(empty);
     EXPECT_EQ(empty.last()->get_abscissa(), 1.);
 
-    // Dividing before the first point changes nothing.
+    // Dividing before the first point changes nothing, and the answer is not the caller's.
     EXPECT_EQ(ch.divide(ch.first()), &ch);
+    EXPECT_FALSE(ch.owns_tail(&ch));
     EXPECT_EQ(ch.number_of_points(), 10);
     Channel stranger(&mc, straight(3, 1.));
     EXPECT_TRUE(is_assertion_of(assertion_text([&] { ch.divide(stranger.get_point(1)); }), "idx != 0"));
@@ -320,6 +321,7 @@ TEST_F(ChannelTest, JoiningAndDividing)
     ChannelPoint* cut = ch.get_point(4);
     Channel* down = ch.divide(cut);
     ASSERT_NE(down, &ch);
+    EXPECT_TRUE(ch.owns_tail(down));
     expect_consistent(ch);
     expect_consistent(*down);
     EXPECT_EQ(abscissae(ch), (std::vector<double>{-3, -2, -1, 0}));

@@ -401,4 +401,18 @@ TEST_F(NetworkCutOffTest, ConnectReplacesTheReachBetweenBreachAndJoin)
     EXPECT_EQ(
         assertion_text([&]() { network->connect(channel, nullptr, loci, nullptr); }).find("join != NULL"),
         0u);
+
+    // A join that is not downstream of the breach is refused before anything
+    // changes; the first point once made the channel its own tail and deleted it.
+    loci = {{0.3, channel->first()->next()->next()}};
+    const std::vector<ChannelPoint*> joins{channel->first(), channel->first()->next(),
+                                           channel->first()->next()->next()};
+    for (ChannelPoint* join : joins)
+    {
+        EXPECT_TRUE(testing_support::is_assertion_of(
+            assertion_text([&]() { network->connect(channel, nullptr, loci, join); }), "join after breach"));
+        EXPECT_EQ(network->channel(), channel);
+        EXPECT_EQ(channel->number_of_points(), 8);
+        EXPECT_EQ(channel->last()->getX(), 900.);
+    }
 }

@@ -75,6 +75,7 @@ TEST(Simulator, LifecycleStatusCodes)
     EXPECT_EQ(sim->domain()->getNy(), 30);
 
     // The domain exists but no sequence was opened.
+    EXPECT_FALSE(sim->sequenceOpen());
     EXPECT_EQ(sim->run(1), MP_STATUS_NOT_READY);
     EXPECT_EQ(sim->getLastMessage(), "Simulator::run : not ready ! Call newSequence first");
 
@@ -87,6 +88,7 @@ TEST(Simulator, LifecycleStatusCodes)
         levee * width * std::log(0.37) / std::log((Facies::class_to_granulo(4) + 1e-6) / gmax);
     EXPECT_NEAR(sim->getOverbankDecayLength(), expected, 1e-9 * std::fabs(expected));
     EXPECT_GT(sim->getOverbankDecayLength(), 0.);
+    EXPECT_TRUE(sim->sequenceOpen());
     EXPECT_EQ(sim->getOverbankMaxGrain(), gmax);
 
     // A wavelength of exactly twice the width passes; below it the sequence is refused.
@@ -101,6 +103,7 @@ TEST(Simulator, LifecycleStatusCodes)
     EXPECT_TRUE(sim->clear());
     EXPECT_FALSE(sim->ready(false));
     EXPECT_EQ(sim->overbankProcess(), nullptr);
+    EXPECT_FALSE(sim->sequenceOpen());
     EXPECT_EQ(sim->run(1), MP_STATUS_NOT_READY);
     sim->getParameters()->setParamDouble("CHNL_WAVELENGTH", 375.);
     EXPECT_EQ(sim->init(false), MP_STATUS_OK);
