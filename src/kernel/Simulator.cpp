@@ -307,7 +307,9 @@ bool Simulator::clear()
         _flattening.clear();
         _tectoActive = false;
         _overbankDecayLength = 0.;
-        closeStatistics();
+        // Statistics no sequence has completed are not the user's file yet.
+        if (_tracer)
+            _tracer->discardStatsFiles();
         return true;
     }
     catch (const std::exception& e)
