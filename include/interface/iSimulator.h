@@ -183,6 +183,10 @@ public:
     virtual bool ready(bool warn) const = 0;
     virtual int launch(unsigned int n) = 0;
     virtual int run(unsigned int n) = 0;
+    // Runs at most `n` iterations of a run until a stop made of pieces (the
+    // batch's LAUNCH_IT = -1 with F2G_IT): the give-up bound of a run to an
+    // upper limit counts the iterations of all the pieces since `newSequence`.
+    virtual int runPiece(unsigned int n) { return run(n); }
     virtual int newSequence() = 0;
     virtual int endSequence() = 0;
     virtual int checkConsistency() = 0;

@@ -62,6 +62,8 @@ public:
     virtual void closeStatsFile() = 0;
     virtual void closeCenterlineStatsFile() = 0;
     virtual void closeGrainsizeStatsFile() = 0;
+    // Closes the statistics files, dropping those no sequence has completed.
+    virtual void discardStatsFiles() = 0;
     virtual ProgressFunction getProgressFunction() const = 0;
     virtual void traceCallIn(const std::string& name) = 0;
     virtual void traceCallOut(const std::string& name) = 0;

@@ -154,6 +154,7 @@ public:
     bool ready(bool warn) const override;
     int launch(unsigned int n) override;
     int run(unsigned int n) override;
+    int runPiece(unsigned int n) override;
     int newSequence() override;
     int endSequence() override;
     int checkConsistency() override;
@@ -256,6 +257,12 @@ private:
     // How many iterations a run until a stop may take to reach the upper limit;
     // warns when the forecast aggradation cannot reach it.
     unsigned int upperLimitBound();
+    // Runs `n` iterations, or when `until_stop`, at most what is left of the
+    // sequence's bound to reach the upper limit.
+    int runTurns(unsigned int n, bool until_stop);
+    // The turns a run until a stop may still take in this sequence (the bound
+    // is taken at its first piece).
+    unsigned int turnsToLimit();
     std::string upperLimitMissed(unsigned int turns) const;
     // Stores the stop reason at info level.
     int stopAt(int status, const std::string& reason);
@@ -313,6 +320,10 @@ private:
     bool _firstReset = true;
     // Also tells whether a sequence is open: read that through sequenceOpen().
     double _overbankDecayLength = 0.;
+    // The bound of a run until a stop in this sequence (0 until its first
+    // piece) and the iterations its pieces have run.
+    unsigned int _limitBound = 0;
+    unsigned int _limitTurns = 0;
     double _overbankMaxGrain = 0.;
     // The flattening surface the domain reads; empty when none is loaded.
     Topo _flattening;

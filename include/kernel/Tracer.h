@@ -2,11 +2,18 @@
 // The kernel's tracer: message levels and switches, the caller's trace and
 // progress functions, and the three semicolon-separated statistics files
 // (by iteration, along the centerline, by grain size).
+//
+// A statistics file is staged for a run: its header and lines go to a
+// temporary beside it, renamed into place when the first sequence ends
+// (closeXxxFile); later sequences append to the run's own file. A run that
+// never ends a sequence leaves the previous file of that name as it was.
 
 #include "interface/iTracer.h"
+#include "kernel/StagedFile.h"
 
 #include <fstream>
 #include <ios>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -47,6 +54,7 @@ public:
     void closeStatsFile() override;
     void closeCenterlineStatsFile() override;
     void closeGrainsizeStatsFile() override;
+    void discardStatsFiles() override;
     ProgressFunction getProgressFunction() const override;
     void traceCallIn(const std::string& name) override;
     void traceCallOut(const std::string& name) override;
@@ -72,7 +80,8 @@ public:
     void resetErrors() override;
     void noteHiddenError(const std::string& text) override;
 
-    // Open for writing lines, with std::ios::app or std::ios::trunc.
+    // Open for writing lines, with std::ios::app or std::ios::trunc: the
+    // run's temporary until a sequence has ended, the file itself after.
     bool openStatsFile(std::ios::openmode mode);
     bool openCenterlineStatsFile(std::ios::openmode mode);
     bool openGrainsizeStatsFile(std::ios::openmode mode);
@@ -115,10 +124,15 @@ private:
     void setSwitch(Switch bit, bool on);
     bool hasSwitch(Switch bit) const { return (_switches & bit) != 0; }
 
-    bool openCsv(std::ofstream& stream, const std::string& name, const char* kind, std::ios::openmode mode);
-    bool writeHeader(std::ofstream& stream, const std::string& name, const char* kind,
+    using Staged = std::unique_ptr<StagedFile>;
+    bool openCsv(std::ofstream& stream, const Staged& staged, const std::string& name, const char* kind,
+                 std::ios::openmode mode);
+    bool writeHeader(std::ofstream& stream, Staged& staged, const std::string& name, const char* kind,
                      const std::string& header);
-    bool dumpLine(std::ofstream& stream, const std::string& name, const char* kind, const std::string& line);
+    bool dumpLine(std::ofstream& stream, const Staged& staged, const std::string& name, const char* kind,
+                  const std::string& line);
+    // Closes the stream and puts a staged file in place.
+    void closeCsv(std::ofstream& stream, Staged& staged, const std::string& name);
 
     int _call_depth;
     int _tracer_id;
@@ -129,6 +143,10 @@ private:
     std::ofstream _stats_stream;
     std::ofstream _cl_stats_stream;
     std::ofstream _gr_stats_stream;
+    // The run's temporaries, until a sequence ends.
+    Staged _stats_staged;
+    Staged _cl_stats_staged;
+    Staged _gr_stats_staged;
     TraceFunction _trace_function;
     ProgressFunction _progress_function;
     unsigned int _switches;

@@ -964,7 +964,7 @@ int NewJournalSequence::run_pieces(NewJournalFile* file)
     while (remaining > 0 && status == MP_STATUS_OK)
     {
         const unsigned int piece = std::min(remaining, step - static_cast<unsigned int>(age % step));
-        status = _simulator->run(piece);
+        status = _launchIt == -1 ? _simulator->runPiece(piece) : _simulator->run(piece);
         if (status != MP_STATUS_OK && status != MP_STATUS_UPPER_LIMIT && status != MP_STATUS_WELLS_HONORED)
             return fail("Problem with simulator action: run", status);
         remaining -= piece;

@@ -307,7 +307,9 @@ bool Simulator::clear()
         _flattening.clear();
         _tectoActive = false;
         _overbankDecayLength = 0.;
-        closeStatistics();
+        // Statistics no sequence has completed are not the user's file yet.
+        if (_tracer)
+            _tracer->discardStatsFiles();
         return true;
     }
     catch (const std::exception& e)
@@ -370,6 +372,8 @@ int Simulator::newSequence()
             _tracer->debug(_parameters->getParamsDesc("  ", true));
         if (!openStatistics())
             status = MP_STATUS_FAILURE;
+        _limitBound = 0;
+        _limitTurns = 0;
         if (status == MP_STATUS_OK)
         {
             const int seed = getInt("SIM_SEED");
@@ -527,6 +531,16 @@ int Simulator::launchBatch(std::string const& file)
 
 int Simulator::run(unsigned int n)
 {
+    return runTurns(n, n == RUN_UNTIL_STOP);
+}
+
+int Simulator::runPiece(unsigned int n)
+{
+    return runTurns(n, true);
+}
+
+int Simulator::runTurns(unsigned int n, bool until_stop)
+{
     try
     {
         if (!ready(true) && sequenceOpen())
@@ -535,21 +549,23 @@ int Simulator::run(unsigned int n)
             return fail(std::string("Simulator::run : not ready ! Call newSequence first"),
                         MP_STATUS_NOT_READY);
         int status = prepareRun();
-        const bool bounded = n == RUN_UNTIL_STOP && status == MP_STATUS_OK && getInt("ZUL_TYPE") != ZUL_NONE;
-        const unsigned int turns = bounded ? upperLimitBound() : n;
+        const bool bounded = until_stop && status == MP_STATUS_OK && getInt("ZUL_TYPE") != ZUL_NONE;
+        const unsigned int turns = bounded ? std::min(n, turnsToLimit()) : n;
         unsigned int repeats = 0;
         for (unsigned int count = 0; count < turns && status == MP_STATUS_OK; ++count)
         {
             const unsigned int errors = _tracer->getErrorCount();
             const size_t known = _tracer->getDistinctErrors().size();
             status = oneLoop();
+            if (bounded)
+                ++_limitTurns;
             if (!_tracer->progress(1))
                 status = MP_STATUS_USER_STOP;
             if (status == MP_STATUS_OK && failureRepeats(errors, known, repeats))
                 return fail(repeatedFailure(), MP_STATUS_FAILURE);
         }
-        if (bounded && status == MP_STATUS_OK)
-            return fail(upperLimitMissed(turns), MP_STATUS_FAILURE);
+        if (bounded && status == MP_STATUS_OK && _limitTurns >= _limitBound)
+            return fail(upperLimitMissed(_limitBound), MP_STATUS_FAILURE);
         return status;
     }
     catch (const std::exception& e)
@@ -564,6 +580,16 @@ int Simulator::run(unsigned int n)
     {
         return fail(std::string(EXCEPTION_WITHOUT_TEXT), MP_STATUS_FAILURE);
     }
+}
+
+unsigned int Simulator::turnsToLimit()
+{
+    if (_limitBound == 0)
+    {
+        _limitBound = upperLimitBound();
+        _limitTurns = 0;
+    }
+    return _limitBound - std::min(_limitTurns, _limitBound);
 }
 
 bool Simulator::failureRepeats(unsigned int errors, size_t known, unsigned int& repeats) const

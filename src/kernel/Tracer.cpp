@@ -192,7 +192,7 @@ std::string Tracer::grainsizeStatsHeader()
            "Flow_Mean_Concent;Flow_Velocity_Perturb;Elevation;Curvature;Grainsize";
 }
 
-bool Tracer::openCsv(std::ofstream& stream, const std::string& name, const char* kind,
+bool Tracer::openCsv(std::ofstream& stream, const Staged& staged, const std::string& name, const char* kind,
                      std::ios::openmode mode)
 {
     if (stream.is_open())
@@ -203,7 +203,7 @@ bool Tracer::openCsv(std::ofstream& stream, const std::string& name, const char*
         error(std::string(kind) + " file is not defined");
         return false;
     }
-    stream.open(name, mode | std::ios::out);
+    stream.open(staged ? staged->path() : name, mode | std::ios::out);
     if (!stream.is_open())
     {
         error("Error opening CSV file:" + name);
@@ -212,14 +212,25 @@ bool Tracer::openCsv(std::ofstream& stream, const std::string& name, const char*
     return true;
 }
 
-bool Tracer::writeHeader(std::ofstream& stream, const std::string& name, const char* kind,
+// A new run starts a new temporary; the previous file stays until a sequence ends.
+bool Tracer::writeHeader(std::ofstream& stream, Staged& staged, const std::string& name, const char* kind,
                          const std::string& header)
 {
-    if (!openCsv(stream, name, kind, std::ios::trunc))
+    if (stream.is_open())
+        stream.close();
+    staged.reset();
+    if (name_defined(name))
+        staged = std::make_unique<StagedFile>(name);
+    if (!openCsv(stream, staged, name, kind, std::ios::trunc))
+    {
+        staged.reset();
         return false;
+    }
     stream << header << '\n';
     const bool ok = static_cast<bool>(stream.flush());
     stream.close();
+    if (!ok)
+        staged.reset();
     return ok;
 }
 
@@ -227,37 +238,43 @@ bool Tracer::resetStatsFiles()
 {
     bool ok = true;
     if (generateStats())
-        ok = writeHeader(_stats_stream, _stats_file, KIND_STATS, statsHeader(generateStatsProps())) && ok;
+        ok = writeHeader(_stats_stream, _stats_staged, _stats_file, KIND_STATS,
+                         statsHeader(generateStatsProps())) &&
+             ok;
     if (generateCenterlineStats())
-        ok = writeHeader(_cl_stats_stream, _cl_stats_file, KIND_CENTERLINE, centerlineStatsHeader()) && ok;
+        ok = writeHeader(_cl_stats_stream, _cl_stats_staged, _cl_stats_file, KIND_CENTERLINE,
+                         centerlineStatsHeader()) &&
+             ok;
     if (generateGrainsizeStats())
-        ok = writeHeader(_gr_stats_stream, _gr_stats_file, KIND_GRAINSIZE, grainsizeStatsHeader()) && ok;
+        ok = writeHeader(_gr_stats_stream, _gr_stats_staged, _gr_stats_file, KIND_GRAINSIZE,
+                         grainsizeStatsHeader()) &&
+             ok;
     return ok;
 }
 
 bool Tracer::openStatsFile(std::ios::openmode mode)
 {
-    return openCsv(_stats_stream, _stats_file, KIND_STATS, mode);
+    return openCsv(_stats_stream, _stats_staged, _stats_file, KIND_STATS, mode);
 }
 
 bool Tracer::openCenterlineStatsFile(std::ios::openmode mode)
 {
-    return openCsv(_cl_stats_stream, _cl_stats_file, KIND_CENTERLINE, mode);
+    return openCsv(_cl_stats_stream, _cl_stats_staged, _cl_stats_file, KIND_CENTERLINE, mode);
 }
 
 bool Tracer::openGrainsizeStatsFile(std::ios::openmode mode)
 {
-    return openCsv(_gr_stats_stream, _gr_stats_file, KIND_GRAINSIZE, mode);
+    return openCsv(_gr_stats_stream, _gr_stats_staged, _gr_stats_file, KIND_GRAINSIZE, mode);
 }
 
 // A stream not yet open is opened for appending, so that a line is never lost
 // between the header written at start and the next sequence.
-bool Tracer::dumpLine(std::ofstream& stream, const std::string& name, const char* kind,
+bool Tracer::dumpLine(std::ofstream& stream, const Staged& staged, const std::string& name, const char* kind,
                       const std::string& line)
 {
     if (line.empty())
         return true;
-    if (!stream.is_open() && !openCsv(stream, name, kind, std::ios::app))
+    if (!stream.is_open() && !openCsv(stream, staged, name, kind, std::ios::app))
         return false;
     stream << line;
     if (line.back() != '\n')
@@ -267,35 +284,51 @@ bool Tracer::dumpLine(std::ofstream& stream, const std::string& name, const char
 
 bool Tracer::dumpStats(const std::string& line)
 {
-    return dumpLine(_stats_stream, _stats_file, KIND_STATS, line);
+    return dumpLine(_stats_stream, _stats_staged, _stats_file, KIND_STATS, line);
 }
 
 bool Tracer::dumpCenterlineStats(const std::string& line)
 {
-    return dumpLine(_cl_stats_stream, _cl_stats_file, KIND_CENTERLINE, line);
+    return dumpLine(_cl_stats_stream, _cl_stats_staged, _cl_stats_file, KIND_CENTERLINE, line);
 }
 
 bool Tracer::dumpGrainsizeStats(const std::string& line)
 {
-    return dumpLine(_gr_stats_stream, _gr_stats_file, KIND_GRAINSIZE, line);
+    return dumpLine(_gr_stats_stream, _gr_stats_staged, _gr_stats_file, KIND_GRAINSIZE, line);
+}
+
+void Tracer::closeCsv(std::ofstream& stream, Staged& staged, const std::string& name)
+{
+    if (stream.is_open())
+        stream.close();
+    if (staged && !staged->commit())
+        error("Error writing CSV file:" + name);
+    staged.reset();
 }
 
 void Tracer::closeStatsFile()
 {
-    if (_stats_stream.is_open())
-        _stats_stream.close();
+    closeCsv(_stats_stream, _stats_staged, _stats_file);
 }
 
 void Tracer::closeCenterlineStatsFile()
 {
-    if (_cl_stats_stream.is_open())
-        _cl_stats_stream.close();
+    closeCsv(_cl_stats_stream, _cl_stats_staged, _cl_stats_file);
 }
 
 void Tracer::closeGrainsizeStatsFile()
 {
-    if (_gr_stats_stream.is_open())
-        _gr_stats_stream.close();
+    closeCsv(_gr_stats_stream, _gr_stats_staged, _gr_stats_file);
+}
+
+void Tracer::discardStatsFiles()
+{
+    for (std::ofstream* stream : {&_stats_stream, &_cl_stats_stream, &_gr_stats_stream})
+        if (stream->is_open())
+            stream->close();
+    _stats_staged.reset();
+    _cl_stats_staged.reset();
+    _gr_stats_staged.reset();
 }
 
 ProgressFunction Tracer::getProgressFunction() const
@@ -465,9 +498,7 @@ void Tracer::resetFrom(const Tracer& other)
 {
     if (&other == this)
         return;
-    closeStatsFile();
-    closeCenterlineStatsFile();
-    closeGrainsizeStatsFile();
+    discardStatsFiles();
     _call_depth = other._call_depth;
     _tracer_id = other._tracer_id;
     _level = other._level;

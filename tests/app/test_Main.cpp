@@ -200,6 +200,9 @@ TEST(Main, ExitStatusesOfTheProgram)
         {"no iteration count", "", model, 1, "Number of iterations not defined"},
         {"an upper limit out of reach", "", model + "LAUNCH_IT = -1\nZUL_TOPO = 1e29\n", 2,
          "The upper limit was not reached after 10000 iterations"},
+        {"an upper limit out of reach, run in pieces", "",
+         replaced(model, "[GLOBAL]\n", "[GLOBAL]\nF2G_IT = 3000\n") + "LAUNCH_IT = -1\nZUL_TOPO = 1e29\n", 2,
+         "The upper limit was not reached after 10000 iterations"},
         {"a discretization that fails at every turn", "",
          edited(model,
                 {{"[GLOBAL]\n", "[GLOBAL]\nFORCE_SIMU = 1\n"}, {"DOMAIN_DX = 10", "DOMAIN_DX = 1e12"}}) +
@@ -228,6 +231,7 @@ TEST(Main, ExitStatusesOfTheProgram)
         EXPECT_NE(trace.find(row.said), std::string::npos) << row.what << "\n" << trace.substr(0, 4000);
         // A failure that repeats is told once, not at every turn.
         EXPECT_LE(occurrences(trace, "Error while computing discretization"), 1u) << row.what;
+        EXPECT_LE(occurrences(trace, "The upper limit was not reached"), 1u) << row.what;
     }
 }
 #endif

@@ -224,6 +224,35 @@ TEST(Simulator, UpperLimitReachedAtOnceStopsTheRun)
     }
 }
 
+// A run until a stop made of pieces (the batch's F2G_IT) gives up at the
+// bound of one run until a stop: the pieces since the sequence began count.
+TEST(Simulator, AnUpperLimitOutOfReachStopsARunInPieces)
+{
+    struct Row
+    {
+        unsigned int piece;
+        int pieces_before_failure;
+    };
+    for (const Row& row : {Row{3000, 3}, Row{6000, 1}})
+    {
+        auto sim = testing_support::simulator_on_grid(30, 20);
+        ASSERT_EQ(sim->init(false), MP_STATUS_OK);
+        ASSERT_TRUE(sim->loadUpperLimitFromCst(1e29, 1)) << sim->getLastMessage();
+        ASSERT_EQ(sim->newSequence(), MP_STATUS_OK);
+        for (int i = 0; i < row.pieces_before_failure; ++i)
+            ASSERT_EQ(sim->runPiece(row.piece), MP_STATUS_OK) << row.piece << " " << sim->getLastMessage();
+        EXPECT_EQ(sim->runPiece(row.piece), MP_STATUS_FAILURE) << row.piece;
+        EXPECT_EQ(sim->getAge(), 10000u) << row.piece;
+        EXPECT_TRUE(contains(sim->getLastMessage(), "The upper limit was not reached after 10000 iterations"))
+            << row.piece << " " << sim->getLastMessage();
+        // A finite run is not bounded, and a new sequence counts afresh.
+        EXPECT_EQ(sim->run(2), MP_STATUS_OK) << sim->getLastMessage();
+        ASSERT_EQ(sim->newSequence(), MP_STATUS_OK);
+        EXPECT_EQ(sim->runPiece(2), MP_STATUS_OK) << sim->getLastMessage();
+        EXPECT_EQ(sim->getAge(), 10004u);
+    }
+}
+
 // A run of a small sloping plain; empty when the run cannot proceed. `before`
 // receives the block as it stood before the first iteration.
 std::string run_block(unsigned int iterations, std::string& before, std::string& why)

@@ -3,6 +3,8 @@
 #include "TestSupport.h"
 
 #include <algorithm>
+#include <filesystem>
+#include <memory>
 #include <vector>
 
 using testing_support::capture;
@@ -237,6 +239,9 @@ TEST(Tracer, HeadersAreExact)
     tracer.setGenerateCenterlineStats(true);
     tracer.setGenerateGrainsizeStats(true);
     ASSERT_TRUE(tracer.resetStatsFiles());
+    tracer.closeStatsFile();
+    tracer.closeCenterlineStatsFile();
+    tracer.closeGrainsizeStatsFile();
     EXPECT_EQ(read_file(dir.file("stats.csv")), STATS_HEADER + "\n");
     EXPECT_EQ(read_file(dir.file("stats_centerline.csv")), CL_HEADER + "\n");
     EXPECT_EQ(read_file(dir.file("stats_grain.csv")), GR_HEADER + "\n");
@@ -244,6 +249,7 @@ TEST(Tracer, HeadersAreExact)
 
     tracer.setGenerateStatsProps(true);
     ASSERT_TRUE(tracer.resetStatsFiles());
+    tracer.closeStatsFile();
     std::string with_props = STATS_HEADER;
     with_props.insert(with_props.find("Obsv_PB_prop"), PROPS_COLUMNS);
     EXPECT_EQ(read_file(dir.file("stats.csv")), with_props + "\n");
@@ -281,18 +287,90 @@ TEST(Tracer, AppendKeepsAndTruncateClears)
     tracer.closeStatsFile();
     EXPECT_EQ(read_file(path), "3;c\n");
 
-    // Reset while open truncates too, and leaves files switched off alone.
+    // Reset while open starts a new run (the file is replaced when a sequence
+    // ends), and leaves files switched off alone.
     const std::string other = dir.file("cl.csv");
     write_file(other, "kept\n");
     tracer.setCenterlineStatsFile(other);
     ASSERT_TRUE(tracer.openStatsFile(std::ios::app));
     ASSERT_TRUE(tracer.resetStatsFiles());
+    EXPECT_EQ(read_file(path), "3;c\n");
+    tracer.closeStatsFile();
     EXPECT_EQ(read_file(path), STATS_HEADER + "\n");
     EXPECT_EQ(read_file(other), "kept\n");
     EXPECT_TRUE(tracer.dumpCenterlineStats("4;d"));
     EXPECT_TRUE(tracer.dumpGrainsizeStats(""));
     tracer.closeCenterlineStatsFile();
     EXPECT_EQ(read_file(other), "kept\n4;d\n");
+}
+
+// A run's statistics go to a temporary beside the file until its first
+// sequence ends: a run that never ends one keeps the user's previous file.
+TEST(Tracer, StatisticsFilesAreStagedUntilASequenceEnds)
+{
+    enum Ending
+    {
+        SEQUENCE_ENDS,
+        RUN_DROPPED,
+        TRACER_GONE
+    };
+    struct Row
+    {
+        const char* what;
+        Ending ending;
+        std::string expected; // in each file once the run is over
+    };
+    const std::string lines = "1;a\n";
+    const Row rows[] = {
+        {"a sequence ends", SEQUENCE_ENDS, ""},
+        {"the run is cleared first", RUN_DROPPED, "old\n"},
+        {"the program stops first", TRACER_GONE, "old\n"},
+    };
+    const std::string headers[] = {STATS_HEADER, CL_HEADER, GR_HEADER};
+    for (const Row& row : rows)
+    {
+        TempDir dir;
+        const std::string files[] = {dir.file("s.csv"), dir.file("cl.csv"), dir.file("gr.csv")};
+        for (const std::string& file : files)
+            write_file(file, "old\n");
+        auto tracer = std::make_unique<Tracer>();
+        tracer->setStatsFile(files[0]);
+        tracer->setCenterlineStatsFile(files[1]);
+        tracer->setGrainsizeStatsFile(files[2]);
+        tracer->setGenerateStatsIteration(true);
+        tracer->setGenerateCenterlineStats(true);
+        tracer->setGenerateGrainsizeStats(true);
+        ASSERT_TRUE(tracer->resetStatsFiles());
+        ASSERT_TRUE(tracer->openStatsFile(std::ios::app));
+        EXPECT_TRUE(tracer->dumpStats(lines));
+        EXPECT_TRUE(tracer->dumpCenterlineStats(lines));
+        EXPECT_TRUE(tracer->dumpGrainsizeStats(lines));
+        for (const std::string& file : files)
+            EXPECT_EQ(read_file(file), "old\n") << row.what << ": replaced while the sequence runs";
+        EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()), {}), 6) << row.what;
+        if (row.ending == SEQUENCE_ENDS)
+        {
+            tracer->closeStatsFile();
+            tracer->closeCenterlineStatsFile();
+            tracer->closeGrainsizeStatsFile();
+            // The next sequence appends to the run's own file, readable as it goes.
+            EXPECT_TRUE(tracer->dumpStats("2;b"));
+            EXPECT_EQ(read_file(files[0]), headers[0] + "\n" + lines + "2;b\n") << row.what;
+            tracer->discardStatsFiles();
+        }
+        else if (row.ending == RUN_DROPPED)
+            tracer->discardStatsFiles();
+        else
+            tracer.reset();
+        for (int f = 0; f < 3; ++f)
+        {
+            const std::string expected = row.expected.empty() ? headers[f] + "\n" + lines : row.expected;
+            EXPECT_EQ(read_file(files[f]), expected + (row.ending == SEQUENCE_ENDS && f == 0 ? "2;b\n" : ""))
+                << row.what;
+        }
+        EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()), {}), 3)
+            << row.what << ": a temporary is left";
+    }
 }
 
 TEST_F(Captured, FilesThatCannotBeUsedAreReported)
@@ -320,6 +398,7 @@ TEST_F(Captured, FilesThatCannotBeUsedAreReported)
     EXPECT_FALSE(tracer.resetStatsFiles());
     EXPECT_EQ(g_trace, "##  ERROR  ## : Statistics file is not defined\n");
     // The failure of one file does not keep the others from being reset.
+    tracer.closeGrainsizeStatsFile();
     EXPECT_EQ(read_file(dir.file("gr.csv")), GR_HEADER + "\n");
 }
 
