@@ -10,6 +10,7 @@
 #include "kernel/Flow.h"
 #include "kernel/Point2D.h"
 #include "kernel/Point3D.h"
+#include "kernel/iChannelImprint.h"
 
 #include <list>
 #include <string>
@@ -21,28 +22,12 @@ class Domain;
 class GridParams;
 class MassBalance;
 class MeanderCalculator;
-class Well;
+class iChannelWell;
 class iDomain;
 class iTracer;
 template <typename T> class Grid2D;
 
 // -- migration and deposits --
-// A grid node under the channel.
-struct ChannelGridPoint
-{
-    explicit ChannelGridPoint(MeanderCalculator const* mc) : flow(mc) {}
-
-    int ix = 0;
-    int iy = 0;
-    // Channel top interpolated at the node.
-    double z = 0.;
-    double bed = 0.;
-    double curvature = 0.;
-    // Outer bank 1, inner bank -1, on the axis 0.
-    int side = 0;
-    Flow flow;
-};
-
 // Where the sand plug of an abandoned reach lies.
 enum AddPlug
 {
@@ -52,7 +37,7 @@ enum AddPlug
 };
 // -- end migration and deposits --
 
-class Channel : public iChannel
+class Channel final : public iChannel, public iChannelImprint
 {
 public:
     // No points.
@@ -151,11 +136,11 @@ public:
     void border_vertices_3D(int n, std::vector<double>& out, double z) const;
 
     // Conditioning wells (not owned).
-    void add_well(Well* w);
-    void erase_well(Well* w);
+    void add_well(iChannelWell* w);
+    void erase_well(iChannelWell* w);
     void clear_wells() { _wells.clear(); }
     int get_nb_well() const { return static_cast<int>(_wells.size()); }
-    const std::vector<Well*>& get_wells() const { return _wells; }
+    const std::vector<iChannelWell*>& get_wells() const { return _wells; }
     void update_well_config();
 
     // True at the iterations of the sinuosity schedule counted from birth.
@@ -199,12 +184,12 @@ public:
     void maximum_velocity_perturbation_loci(std::list<std::pair<double, ChannelPoint*>>& list) const;
     void get_grainsize_profile(const Flow& flow, double curvature, int side, double a, double b,
                                double percent, std::vector<double>& grains,
-                               std::vector<double>& heights) const;
+                               std::vector<double>& heights) const override;
     void get_grainsize_profile_optim(const Flow& flow, double curvature, int side, double a, double b,
                                      double hflow, std::vector<double>& grains,
-                                     std::vector<double>& heights) const;
+                                     std::vector<double>& heights) const override;
     void get_grainsize_profile_proxy(const Flow& flow, double a, double b, std::vector<double>& grains,
-                                     std::vector<double>& heights) const;
+                                     std::vector<double>& heights) const override;
     // -- end flow and grain size --
 
     // -- migration and deposits --
@@ -239,7 +224,7 @@ public:
     int point_at_outer_side(const Point2D& p, const ChannelPoint* cp1, const ChannelPoint* cp2) const;
     void find_grid_points_for_section(const ChannelPoint* cp1, const ChannelPoint* cp2,
                                       const GridParams& geom, std::vector<std::pair<int, int>>& cells) const;
-    void find_grid_points(const GridParams& geom, std::vector<ChannelGridPoint>& out) const;
+    void find_grid_points(const GridParams& geom, std::vector<ChannelGridPoint>& out) const override;
     void find_grid_points_new(const GridParams& geom, std::vector<ChannelGridPoint>& out) const;
     void put_route_on_grid(Grid2D<std::pair<ChannelPoint*, ChannelPoint*>>& grid) const;
     void section_vertices_2D(std::vector<double>& out) const;
@@ -307,7 +292,7 @@ private:
     Point2D _bbox_max;
     double _min_elevation;
     double _max_elevation;
-    std::vector<Well*> _wells;
+    std::vector<iChannelWell*> _wells;
     MeanderCalculator const* _mc;
     iTracer* _tracer;
     double _poly[5];

@@ -18,7 +18,7 @@
 class Domain;
 class GridParams;
 class MeanderCalculator;
-class Well;
+class iChannelWell;
 
 class ChannelPoint : public iChannelPoint, public LinkedElement1D<Point3D>
 {
@@ -72,9 +72,9 @@ public:
 
     // Detaches the well, no status, no migration factor.
     void reset_status();
-    Well* well() const { return _well; }
+    iChannelWell* well() const { return _well; }
     // Attaches `well`, first telling the previous one that it lost its point.
-    void well(Well* well);
+    void well(iChannelWell* well);
     int status() const { return _status; }
     void status(int status) { _status = status; }
     double mig_factor() const { return _mig_factor; }
@@ -128,7 +128,7 @@ private:
     Vector2D _normal;
     double _aggrad_increase;
     double _mig_factor;
-    Well* _well;
+    iChannelWell* _well;
     int _status;
     MeanderCalculator const* _mc;
 };

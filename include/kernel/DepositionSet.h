@@ -14,7 +14,7 @@
 #include <vector>
 
 class MassBalance;
-class Well;
+class iColumnWell;
 
 class DepositionSet : public DepositionUnitCollection
 {
@@ -46,8 +46,8 @@ public:
     double water_depth() const { return _water_depth; }
     void water_depth(double wd);
 
-    Well* well() const { return _well; }
-    void well(Well* well);
+    iColumnWell* well() const { return _well; }
+    void well(iColumnWell* well);
     void erase_well() { _well = nullptr; }
 
     const Facies& get_facies() const { return _facies; }
@@ -123,7 +123,7 @@ private:
     uint32_t bottom_age() const;
 
     // Everything the column tells its attached well passes through these.
-    void tell_well_placement(void (VCollection::*setter)(double), double value);
+    void tell_well_placement(void (iColumnWell::*setter)(double), double value);
     void tell_well_wet();
     void tell_well_deposit(const Facies& facies, double th);
     void tell_well_eroded_down();
@@ -137,7 +137,7 @@ private:
     int _erod_index = 0;
     double _erod_dz = 1e30;
     double _erod_z0 = 0.;
-    Well* _well = nullptr;
+    iColumnWell* _well = nullptr;
     double _topo_altered = 0.;
     double _remaining = 0.;
     double _tecto = 0.;

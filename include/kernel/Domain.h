@@ -19,13 +19,13 @@
 #include <string>
 #include <vector>
 
-class Channel;
 class CenterlineDisc;
 struct ChannelGridPoint;
 
 class DistributionGenerator;
 class EMap;
 class iChannel;
+class iChannelImprint;
 class MassBalance;
 class MeanderCalculator;
 class SeedGenerator;
@@ -181,11 +181,11 @@ public:
     // -- channel imprint --
     // Nodes the channel has left since the last step become point bar.
     void make_point_bar(const std::vector<ChannelGridPoint>& points, unsigned int age);
-    void make_point_bar_new(const Channel& channel, const std::vector<ChannelGridPoint>& points,
+    void make_point_bar_new(const iChannelImprint& channel, const std::vector<ChannelGridPoint>& points,
                             unsigned int age);
     // The channel rasterised on the domain grid, its elevations scaled to [0, range].
-    bool getCenterlineDisc(CenterlineDisc& disc, const Channel& channel) const;
-    bool get_cl_disc(CenterlineDisc& disc, const Channel& channel, double range) const;
+    bool getCenterlineDisc(CenterlineDisc& disc, const iChannelImprint& channel) const;
+    bool get_cl_disc(CenterlineDisc& disc, const iChannelImprint& channel, double range) const;
     // -- end channel imprint --
 
 private:

@@ -7,6 +7,7 @@
 #include "kernel/Topo.h"
 #include "kernel/UserClassList.h"
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -168,6 +169,10 @@ public:
     bool getVCollections(CoreList& cores, int imin, int imax, int jmin, int jmax, double zmin,
                          double zmax) const override;
 
+    // The batch reader sits above the driver: whoever assembles the simulator
+    // hands it the reader's launch (the factory of iSimulator does).
+    using BatchLauncher = std::function<int(iSimulator&, std::string const&)>;
+    void setBatchLauncher(BatchLauncher launcher) { _batchLauncher = std::move(launcher); }
     int launchBatch(std::string const& file) override;
 
     // --- Exports and inference
@@ -297,6 +302,7 @@ private:
     std::unique_ptr<SeedGenerator> _seedGenerator;
     std::unique_ptr<MeanderCalculator> _meanderCalculator;
     int _initialSeed;
+    BatchLauncher _batchLauncher;
     bool _tectoActive = false;
     Topo _upperLimit;
     std::unique_ptr<UniformDistributionGenerator> _uniform;

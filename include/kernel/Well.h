@@ -10,6 +10,8 @@
 #include "kernel/Point3D.h"
 #include "kernel/WellConfig.h"
 #include "kernel/WellUnitCollection.h"
+#include "kernel/iChannelWell.h"
+#include "kernel/iColumnWell.h"
 
 #include <cstddef>
 #include <iosfwd>
@@ -26,7 +28,7 @@ class UserClassList;
 class iParameters;
 class iTracer;
 
-class Well : public WellUnitCollection
+class Well : public WellUnitCollection, public iColumnWell, public iChannelWell
 {
 public:
     Well(iParameters* parameters, iTracer* tracer, Well* parent = nullptr);
@@ -57,7 +59,7 @@ public:
 
     const std::string& name() const { return _name; }
     void name(const std::string& name) { _name = name; }
-    const Point2D& location() const { return _location; }
+    const Point2D& location() const override { return _location; }
     const Point2D& geoLocation() const { return _location_geo; }
     Well* parent() const { return _parent; }
 
@@ -69,7 +71,7 @@ public:
     const std::vector<std::unique_ptr<Well>>& children() const { return _children; }
 
     // Reaches the linked wells too.
-    void set_well_config(const WellConfig& config);
+    void set_well_config(const WellConfig& config) override;
     const WellConfig& get_well_config() const { return _config; }
 
     double active_level() const { return _al; }
@@ -81,7 +83,7 @@ public:
     void zdom(double z) { _zdom = z; }
     bool is_wet() const { return _wet; }
     // Reaches the linked wells too.
-    void set_wet(bool wet);
+    void set_wet(bool wet) override;
     // The column the well stands on, as a deposit or an erosion would tell it;
     // reaches the linked wells too (a well read back from a snapshot).
     void set_column(const DepositionSet* column);
@@ -102,7 +104,7 @@ public:
     ChannelPoint* channel_point() const { return _channelPoint; }
     // Attaches a point and stores the migration factor and its state on it;
     // null detaches the point the well held.
-    void channel_point(ChannelPoint* point);
+    void channel_point(ChannelPoint* point) override;
 
     // 0 below lim1, 1 above lim2, linear between.
     static double repulsion_factor(double v, double lim1, double lim2);
@@ -126,9 +128,9 @@ public:
     double gap_up(double zb, double z) const;
 
     // Multiplier of the bank migration rate at a point (channel top elevation).
-    double correct_mig(const Point3D& point) const;
+    double correct_mig(const Point3D& point) const override;
     // Weight of a place in the search of a new course; out-parameters may be null.
-    double correct_avl(const Point3D& point, bool* local, bool* regional, bool* aggradationOk) const;
+    double correct_avl(const Point3D& point, bool* local, bool* regional, bool* aggradationOk) const override;
 
     bool aggrade_ok() const;
     bool reg_avulsion() const;
@@ -140,11 +142,11 @@ public:
     bool wet_and_sandy_ab() const;
 
     // A deposit of thickness th from zb at the well's cell, under wd of water.
-    void deposit(const Facies& facies, double th, double zb, double wd, const DepositionSet* column);
+    void deposit(const Facies& facies, double th, double zb, double wd, const DepositionSet* column) override;
     // The base of the column rose to z.
-    void erode_up_to(double z, double depth);
+    void erode_up_to(double z, double depth) override;
     // The column was eroded down to z.
-    void erode_down_to(double z, double depth, const DepositionSet* column);
+    void erode_down_to(double z, double depth, const DepositionSet* column) override;
 
     // A 32-bit count of 1 plus the linked wells, then each well's record.
     void binary_output(std::ostream& out) const;

@@ -7,8 +7,8 @@
 #include "kernel/Constants.h"
 #include "kernel/GridParams.h"
 #include "kernel/MeanderCalculator.h"
-#include "kernel/Well.h"
 #include "kernel/WellConfig.h"
+#include "kernel/iChannelWell.h"
 
 #include <algorithm>
 #include <cmath>
@@ -495,11 +495,9 @@ void Channel::border_vertices_3D(int n, std::vector<double>& out, double z) cons
     }
 }
 
-void Channel::add_well(Well* w)
+void Channel::add_well(iChannelWell* w)
 {
     _wells.push_back(w);
-    for (const auto& child : w->children())
-        _wells.push_back(child.get());
 }
 
 // The wells steer with the channel's present size and the main flow direction.
@@ -509,11 +507,11 @@ void Channel::update_well_config()
     const double angle = MeanderCalculator::relative_flow_direction(params.getParamDouble("DOMAIN_GRID_DIR"),
                                                                     params.getParamDouble("CHNL_FLW_DIR"));
     const WellConfig config = WellConfig::from_parameters(params, std::cos(angle), std::sin(angle));
-    for (Well* w : _wells)
+    for (iChannelWell* w : _wells)
         w->set_well_config(config);
 }
 
-void Channel::erase_well(Well* w)
+void Channel::erase_well(iChannelWell* w)
 {
     const auto found = std::find(_wells.begin(), _wells.end(), w);
     if (found != _wells.end())

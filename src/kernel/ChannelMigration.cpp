@@ -19,17 +19,17 @@
 #include <cstdint>
 
 // ---------------------------------------------------------------- wells
-#include "kernel/Well.h"
+#include "kernel/iChannelWell.h"
 
 namespace
 {
-Point2D well_location(const Well* well)
+Point2D well_location(const iChannelWell* well)
 {
     return well->location();
 }
 
 // Attaching computes the point's factor and status, or detaches a neutral well.
-void attach_well(Well* well, ChannelPoint* cp)
+void attach_well(iChannelWell* well, ChannelPoint* cp)
 {
     well->channel_point(cp);
 }
@@ -223,7 +223,7 @@ void Channel::project_wells(Domain* domain)
     if (_first == nullptr || domain == nullptr)
         return;
     const Vector2D flow = domain->get_flow_direction();
-    for (Well* well : _wells)
+    for (iChannelWell* well : _wells)
     {
         attach_well(well, nullptr);
         const Point2D position = well_location(well);

@@ -4,7 +4,7 @@
 #include "kernel/GridParams.h"
 #include "kernel/MeanderCalculator.h"
 
-#include "kernel/Well.h"
+#include "kernel/iChannelWell.h"
 
 #include <algorithm>
 #include <cmath>
@@ -14,7 +14,7 @@
 namespace
 {
 // The well forgets the point it was steering.
-void tell_point_lost(Well* well)
+void tell_point_lost(iChannelWell* well)
 {
     if (well != nullptr)
         well->channel_point(nullptr);
@@ -147,16 +147,16 @@ void ChannelPoint::decrease_elevation_by(double d)
 
 void ChannelPoint::reset_status()
 {
-    Well* old = _well;
+    iChannelWell* old = _well;
     _well = nullptr;
     tell_point_lost(old);
     _status = POINT_FREE;
     _mig_factor = 1.;
 }
 
-void ChannelPoint::well(Well* well)
+void ChannelPoint::well(iChannelWell* well)
 {
-    Well* old = _well;
+    iChannelWell* old = _well;
     _well = well;
     if (old != well)
         tell_point_lost(old);

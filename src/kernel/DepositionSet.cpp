@@ -1,6 +1,6 @@
 #include "kernel/DepositionSet.h"
 
-#include "kernel/Well.h"
+#include "kernel/iColumnWell.h"
 
 #include "kernel/Assert.h"
 #include "kernel/BinaryDump.h"
@@ -44,31 +44,31 @@ void DepositionSet::resetFrom(const DepositionSet& other)
 void DepositionSet::set_zul_rel(double z)
 {
     VCollection::set_zul_rel(z);
-    tell_well_placement(&VCollection::set_zul_rel, z);
+    tell_well_placement(&iColumnWell::set_zul_rel, z);
 }
 
 void DepositionSet::set_zul_geo(double z)
 {
     VCollection::set_zul_geo(z);
-    tell_well_placement(&VCollection::set_zul_geo, z);
+    tell_well_placement(&iColumnWell::set_zul_geo, z);
 }
 
 void DepositionSet::set_zref(double zref)
 {
     VCollection::set_zref(zref);
-    tell_well_placement(&VCollection::set_zref, zref);
+    tell_well_placement(&iColumnWell::set_zref, zref);
 }
 
 void DepositionSet::set_flat_delta(double delta)
 {
     VCollection::set_flat_delta(delta);
-    tell_well_placement(&VCollection::set_flat_delta, delta);
+    tell_well_placement(&iColumnWell::set_flat_delta, delta);
 }
 
 void DepositionSet::adopt_flat_delta(double delta)
 {
     VCollection::adopt_flat_delta(delta);
-    tell_well_placement(&VCollection::set_flat_delta, delta);
+    tell_well_placement(&iColumnWell::set_flat_delta, delta);
 }
 
 void DepositionSet::water_depth(double wd)
@@ -78,11 +78,11 @@ void DepositionSet::water_depth(double wd)
     tell_well_wet();
 }
 
-void DepositionSet::well(Well* well)
+void DepositionSet::well(iColumnWell* well)
 {
     _well = well;
-    tell_well_placement(&VCollection::set_zul_rel, _zul);
-    tell_well_placement(&VCollection::set_flat_delta, _flat_delta);
+    tell_well_placement(&iColumnWell::set_zul_rel, _zul);
+    tell_well_placement(&iColumnWell::set_flat_delta, _flat_delta);
     tell_well_wet();
 }
 
@@ -595,11 +595,11 @@ bool DepositionSet::binary_input(std::istream& in)
 // and nowhere else.
 // ---------------------------------------------------------------------------
 
-void DepositionSet::tell_well_placement(void (VCollection::*setter)(double), double value)
+void DepositionSet::tell_well_placement(void (iColumnWell::*setter)(double), double value)
 {
     if (_well == nullptr)
         return;
-    (static_cast<VCollection*>(_well)->*setter)(value);
+    (_well->*setter)(value);
 }
 
 void DepositionSet::tell_well_wet()

@@ -3,10 +3,10 @@
 
 #include "interface/iParameters.h"
 #include "kernel/CenterlineDisc.h"
-#include "kernel/Channel.h"
 #include "kernel/Domain.h"
 #include "kernel/FaciesFamilies.h"
 #include "kernel/MeanderCalculator.h"
+#include "kernel/iChannelImprint.h"
 
 #include <algorithm>
 
@@ -47,7 +47,7 @@ void Domain::make_point_bar(const std::vector<ChannelGridPoint>& points, unsigne
     }
 }
 
-void Domain::make_point_bar_new(const Channel& channel, const std::vector<ChannelGridPoint>& points,
+void Domain::make_point_bar_new(const iChannelImprint& channel, const std::vector<ChannelGridPoint>& points,
                                 unsigned int age)
 {
     const iParameters* params = _mc->parameters();
@@ -90,12 +90,12 @@ void Domain::make_point_bar_new(const Channel& channel, const std::vector<Channe
     }
 }
 
-bool Domain::getCenterlineDisc(CenterlineDisc& disc, const Channel& channel) const
+bool Domain::getCenterlineDisc(CenterlineDisc& disc, const iChannelImprint& channel) const
 {
     return get_cl_disc(disc, channel, CL_DISC_RANGE);
 }
 
-bool Domain::get_cl_disc(CenterlineDisc& disc, const Channel& channel, double range) const
+bool Domain::get_cl_disc(CenterlineDisc& disc, const iChannelImprint& channel, double range) const
 {
     disc.reset(static_cast<const GridParams&>(*this));
     disc.fill(-1.0);

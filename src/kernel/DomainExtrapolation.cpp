@@ -8,7 +8,7 @@
 #include "kernel/Assert.h"
 #include "kernel/DistributionGenerator.h"
 #include "kernel/Point3D.h"
-#include "kernel/Well.h"
+#include "kernel/iColumnWell.h"
 
 #include <algorithm>
 #include <cmath>
@@ -153,7 +153,7 @@ void Domain::compute_pseudo_topo(double hmax, DistributionGenerator& generator)
 {
     double lowest = MP_MAX_REAL_VALUE, highest = MP_MIN_REAL_VALUE;
     // Each well weighs on the courses with its own random strength.
-    std::vector<std::pair<const Well*, double>> wells;
+    std::vector<std::pair<const iColumnWell*, double>> wells;
     for (int j = 0; j < _ny; ++j)
         for (int i = 0; i < _nx; ++i)
         {

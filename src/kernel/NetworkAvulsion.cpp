@@ -12,7 +12,7 @@
 #include "kernel/Domain.h"
 #include "kernel/Splay.h"
 #include "kernel/Vector2D.h"
-#include "kernel/Well.h"
+#include "kernel/iChannelWell.h"
 
 #include <cmath>
 #include <sstream>
@@ -249,7 +249,7 @@ bool LeveeBreach::levee_can_break(Site& site) const
 bool LeveeBreach::repelled(const Site& site) const
 {
     bool repulsive = false;
-    for (const Well* well : _ch.get_wells())
+    for (const iChannelWell* well : _ch.get_wells())
         if (well->correct_mig(*site.point) < 1.)
         {
             repulsive = true;

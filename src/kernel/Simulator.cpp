@@ -14,7 +14,6 @@
 #include "kernel/MassBalance.h"
 #include "kernel/MeanderCalculator.h"
 #include "kernel/Network.h"
-#include "kernel/NewJournalFile.h"
 #include "kernel/Parameters.h"
 #include "kernel/SeedGenerator.h"
 #include "kernel/TimeProcess.h"
@@ -62,29 +61,6 @@ unsigned int half_interval(unsigned int age, const TimeProcess* process)
 } // namespace
 
 // ---------------------------------------------------------------------------
-// Factory
-
-iSimulator* iSimulator::createSimulator()
-{
-    return new Simulator();
-}
-
-void iSimulator::deleteSimulator(iSimulator* simulator)
-{
-    delete simulator;
-}
-
-iSimulator* iSimulator::duplicateSimulator(iSimulator const* simulator)
-{
-    const auto* source = dynamic_cast<const Simulator*>(simulator);
-    if (source == nullptr)
-        return nullptr;
-    auto* copy = new Simulator();
-    copy->duplicate(*source);
-    return copy;
-}
-
-// ---------------------------------------------------------------------------
 // Construction
 
 Simulator::Simulator() : _initialSeed(SeedGenerator::_default_seed)
@@ -120,6 +96,7 @@ void Simulator::duplicate(const Simulator& other)
 {
     clear();
     _parameters->resetFrom(*other._parameters);
+    _batchLauncher = other._batchLauncher;
     _tracer->resetFrom(*other._tracer);
     *_seedGenerator = *other._seedGenerator;
     _initialSeed = other._initialSeed;
@@ -520,10 +497,11 @@ int Simulator::launch(unsigned int n)
 
 int Simulator::launchBatch(std::string const& file)
 {
-    NewJournalFile journal(this);
-    if (!journal.load(file))
-        return MP_STATUS_FAILURE;
-    return journal.launch();
+    if (!_batchLauncher)
+        return fail("Cannot launch batch file " + file +
+                        ": this simulator was built without the batch reader",
+                    MP_STATUS_FAILURE);
+    return _batchLauncher(*this, file);
 }
 
 // ---------------------------------------------------------------------------

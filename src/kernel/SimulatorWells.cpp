@@ -28,6 +28,21 @@
 
 namespace
 {
+// The column knows its well only as a column's well; the driver made every
+// one of them a Well.
+Well* well_of(const DepositionSet& column)
+{
+    return dynamic_cast<Well*>(column.well());
+}
+
+// The channel is steered by a well and by every log linked to it.
+void steer_with(Channel& channel, Well* well)
+{
+    channel.add_well(well);
+    for (const auto& child : well->children())
+        channel.add_well(child.get());
+}
+
 template <typename Value>
 std::string text_of(const std::string& head, Value value, const std::string& tail = ")")
 {
@@ -93,7 +108,7 @@ void Simulator::attachWellsToChannel()
         return;
     for (const auto& well : _wells)
         if (well.second->parent() == nullptr)
-            channel->add_well(well.second);
+            steer_with(*channel, well.second);
 }
 
 bool Simulator::registerWell(std::unique_ptr<Well> well, bool followColumn)
@@ -113,7 +128,7 @@ bool Simulator::registerWell(std::unique_ptr<Well> well, bool followColumn)
     if (column.well() != nullptr)
     {
         // A second log at one cell is told everything the first one is told.
-        column.well()->add_child(std::move(well));
+        well_of(column)->add_child(std::move(well));
         raw->set_zul_rel(column.get_zul());
         raw->set_flat_delta(column.get_flat_delta());
         raw->set_wet(column.water_depth() != 0.);
@@ -130,7 +145,7 @@ bool Simulator::registerWell(std::unique_ptr<Well> well, bool followColumn)
         raw->erode_down_to(column.get_topo_rel(false), column.water_depth(), &column);
     }
     if (_network && _network->has_channel() && _network->channel()->get_nb_well() > 0)
-        _network->channel()->add_well(raw);
+        steer_with(*_network->channel(), raw);
     for (Well* w : named)
         _wells[w->name()] = w;
     return true;
@@ -296,7 +311,7 @@ bool Simulator::getWellInfosAt(int i, int j, std::string& infos) const
     if (!_domain->isValid(i, j) || _domain->getObject(i, j).well() == nullptr)
         return false;
     std::vector<Well*> linked;
-    collect(_domain->getObject(i, j).well(), linked);
+    collect(well_of(_domain->getObject(i, j)), linked);
     for (const Well* well : linked)
         infos += (infos.empty() ? "" : "\n") + wellInfos(*well);
     return true;

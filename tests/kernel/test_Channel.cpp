@@ -523,12 +523,13 @@ TEST_F(ChannelTest, CenterlineRoundTrip)
     EXPECT_EQ(again.number_of_points(), 3);
 }
 
-TEST_F(ChannelTest, WellsJoinWithTheirChildrenAndTakeTheChannelSize)
+TEST_F(ChannelTest, WellsTakeTheChannelSize)
 {
     Channel channel(&mc);
     Well well(&params, &tracer);
     Well* child = well.new_child();
     channel.add_well(&well);
+    channel.add_well(child);
     ASSERT_EQ(channel.get_nb_well(), 2);
     EXPECT_EQ(channel.get_wells()[1], child);
 

@@ -489,7 +489,8 @@ TEST(SimulatorMeasures, BatchTellsWhatItForecastAndObtained)
     // Out of range: refused with the list, and nothing runs.
     testing_support::write_file(dir.file("bad.bat"),
                                 global + "NEXUS_HMAX = 30\nNEXUS_SAND = 40\nLAUNCH_IT = 50\n");
-    Simulator bad;
+    std::unique_ptr<iSimulator> bad_sim(iSimulator::createSimulator());
+    iSimulator& bad = *bad_sim;
     bad.getTracer()->setTraceFunction(capture);
     g_trace.clear();
     EXPECT_NE(bad.launchBatch(dir.file("bad.bat")), 0);
@@ -507,7 +508,8 @@ TEST(SimulatorMeasures, BatchTellsWhatItForecastAndObtained)
     testing_support::write_file(dir.file("good.bat"),
                                 global + "NEXUS_HMAX = 2\nNEXUS_ISBX = 80\nNEXUS_SAND = 0.5\n"
                                          "AV_LOC_FREQ = 0\nAV_REG_FREQ = 0\nLAUNCH_IT = 50\n");
-    Simulator good;
+    std::unique_ptr<iSimulator> good_sim(iSimulator::createSimulator());
+    iSimulator& good = *good_sim;
     good.getTracer()->setTraceFunction(capture);
     g_trace.clear();
     ASSERT_EQ(good.launchBatch(dir.file("good.bat")), 0) << g_trace;

@@ -96,7 +96,7 @@ TEST(SimulatorWells, AddDeleteAndInfosWithTheirMessages)
     ASSERT_TRUE(sim->addWell(vertical_log("W3", 1101., 2101., 0., {{8, 2.}}), "W3"));
     ASSERT_TRUE(sim->getWellInfosAt(10, 10, infos));
     EXPECT_TRUE(contains(infos, "Well W3 at [1101, 2101] (cell [10, 10]) linked to W1")) << infos;
-    EXPECT_EQ(sim->domain()->getObject(10, 10).well()->name(), "W1");
+    EXPECT_EQ(dynamic_cast<Well*>(sim->domain()->getObject(10, 10).well())->name(), "W1");
 
     CoreList cores;
     ASSERT_TRUE(sim->getAllWells(cores));
@@ -111,7 +111,7 @@ TEST(SimulatorWells, AddDeleteAndInfosWithTheirMessages)
     ASSERT_TRUE(sim->deleteWell("W1"));
     EXPECT_FALSE(sim->getWellInfos("W1", infos));
     ASSERT_NE(sim->domain()->getObject(10, 10).well(), nullptr);
-    EXPECT_EQ(sim->domain()->getObject(10, 10).well()->name(), "W3");
+    EXPECT_EQ(dynamic_cast<Well*>(sim->domain()->getObject(10, 10).well())->name(), "W3");
     ASSERT_TRUE(sim->deleteWell("W3"));
     EXPECT_EQ(sim->domain()->getObject(10, 10).well(), nullptr);
     ASSERT_TRUE(sim->getAllWells(cores));
@@ -357,5 +357,5 @@ TEST(SimulatorWells, ANewModelForgetsTheWells)
     EXPECT_TRUE(sim->wellsHonored());
     ASSERT_TRUE(sim->addWell(vertical_log("W1", 1100., 2100., 0., {{2, 1.}}), "W1"));
     EXPECT_FALSE(sim->wellsHonored());
-    EXPECT_EQ(sim->domain()->getObject(10, 10).well()->name(), "W1");
+    EXPECT_EQ(dynamic_cast<Well*>(sim->domain()->getObject(10, 10).well())->name(), "W1");
 }
