@@ -1,15 +1,15 @@
 // One migration step of a channel of about 500 points on the default domain:
 // the velocity perturbation, the move, and the sections written into the stacks.
 
-#include "kernel/Channel.h"
-#include "kernel/DepositionSet.h"
-#include "kernel/Domain.h"
-#include "kernel/FaciesFamilies.h"
-#include "kernel/MassBalance.h"
-#include "kernel/MeanderCalculator.h"
-#include "kernel/Parameters.h"
-#include "kernel/SeedGenerator.h"
-#include "kernel/Tracer.h"
+#include "kernel/channel/Channel.h"
+#include "kernel/common/FaciesFamilies.h"
+#include "kernel/common/Tracer.h"
+#include "kernel/domain/DepositionSet.h"
+#include "kernel/domain/Domain.h"
+#include "kernel/parameters/MassBalance.h"
+#include "kernel/parameters/MeanderCalculator.h"
+#include "kernel/parameters/Parameters.h"
+#include "kernel/parameters/SeedGenerator.h"
 
 #include <benchmark/benchmark.h>
 

@@ -1,8 +1,8 @@
 // Deposit and erosion on every node of a 251 x 201 grid, one unit per node and
 // per call, as the channel and floods do at each iteration.
 
-#include "kernel/DepositionSet.h"
-#include "kernel/MassBalance.h"
+#include "kernel/domain/DepositionSet.h"
+#include "kernel/parameters/MassBalance.h"
 
 #include <benchmark/benchmark.h>
 

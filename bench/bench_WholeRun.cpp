@@ -7,9 +7,9 @@
 #include "interface/iDomain.h"
 #include "interface/iSimulator.h"
 #include "interface/iTracer.h"
-#include "kernel/GridParams.h"
-#include "kernel/NewJournalFile.h"
-#include "kernel/Tracer.h"
+#include "kernel/batch/NewJournalFile.h"
+#include "kernel/common/Tracer.h"
+#include "kernel/geometry/GridParams.h"
 
 #include <benchmark/benchmark.h>
 

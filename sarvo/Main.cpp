@@ -5,9 +5,9 @@
 #include "RunReport.h"
 #include "interface/iParameters.h"
 #include "interface/iSimulator.h"
-#include "kernel/KeywordReference.h"
-#include "kernel/NewJournalFile.h"
-#include "kernel/Tracer.h"
+#include "kernel/batch/KeywordReference.h"
+#include "kernel/batch/NewJournalFile.h"
+#include "kernel/common/Tracer.h"
 
 #ifdef SARVO_WITH_GUI
 #include "gui/Desktop.h"

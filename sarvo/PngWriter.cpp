@@ -1,6 +1,6 @@
 #include "PngWriter.h"
 
-#include "kernel/StagedFile.h"
+#include "kernel/common/StagedFile.h"
 
 #include <png.h>
 

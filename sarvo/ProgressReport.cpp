@@ -3,7 +3,7 @@
 #include "interface/iDomain.h"
 #include "interface/iSimulator.h"
 #include "interface/iTracer.h"
-#include "kernel/GridParams.h"
+#include "kernel/geometry/GridParams.h"
 
 #include <unistd.h>
 

@@ -3,7 +3,7 @@
 #include "ProgressReport.h"
 #include "interface/iSimulator.h"
 #include "interface/iTracer.h"
-#include "kernel/NewJournalFile.h"
+#include "kernel/batch/NewJournalFile.h"
 
 #include <chrono>
 

@@ -3,7 +3,7 @@
 inference on short runs of Sarvo itself.
 
 One command runs the design, measures, fits, and rewrites the constants block
-of src/kernel/MeanderCalculator.cpp, constants.txt, results.csv and
+of src/kernel/parameters/MeanderCalculator.cpp, constants.txt, results.csv and
 default_channel.csv beside this script:
 
     python3 bench/calibration/calibrate.py --sarvo build/sarvo/sarvo
@@ -40,7 +40,7 @@ import tempfile
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 ROOT = os.path.normpath(os.path.join(HERE, "..", ".."))
-SOURCE = os.path.join(ROOT, "src", "kernel", "MeanderCalculator.cpp")
+SOURCE = os.path.join(ROOT, "src", "kernel", "parameters", "MeanderCalculator.cpp")
 BEGIN = "// -- calibrated constants --"
 END = "// -- end calibrated constants --"
 STATS_EVERY = 100

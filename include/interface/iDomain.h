@@ -3,8 +3,8 @@
 // its surfaces, the deposits of each column and the elevation extremes.
 // Indices are grid indices (i along x, j along y).
 
-#include "kernel/DepositUnit.h"
-#include "kernel/GridParams.h"
+#include "kernel/domain/DepositUnit.h"
+#include "kernel/geometry/GridParams.h"
 
 #include <vector>
 

@@ -7,13 +7,13 @@
 #include "interface/iParameters.h"
 #include "interface/iSimulator.h"
 #include "interface/iTracer.h"
-#include "kernel/Constants.h"
-#include "kernel/Core.h"
-#include "kernel/CoreSample.h"
-#include "kernel/Facies.h"
-#include "kernel/GridParams.h"
-#include "kernel/RegularBlock.h"
-#include "kernel/Topo.h"
+#include "kernel/common/Constants.h"
+#include "kernel/common/Facies.h"
+#include "kernel/files/Core.h"
+#include "kernel/files/CoreSample.h"
+#include "kernel/files/Topo.h"
+#include "kernel/geometry/GridParams.h"
+#include "kernel/geometry/RegularBlock.h"
 
 #include <pybind11/numpy.h>
 #include <pybind11/pybind11.h>

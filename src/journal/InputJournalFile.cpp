@@ -1,6 +1,6 @@
 #include "gui/InputJournalFile.h"
 
-#include "kernel/FaciesDescription.h"
+#include "kernel/common/FaciesDescription.h"
 
 #include <cstring>
 #include <limits>

@@ -1,6 +1,6 @@
 #include "gui/OutputJournalFile.h"
 
-#include "kernel/FaciesDescription.h"
+#include "kernel/common/FaciesDescription.h"
 
 #include <cstdio>
 #include <iomanip>

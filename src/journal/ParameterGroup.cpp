@@ -3,8 +3,8 @@
 #include "gui/InputJournalFile.h"
 #include "gui/OutputJournalFile.h"
 #include "interface/iParameters.h"
-#include "kernel/Assert.h"
-#include "kernel/ParameterDeclarations.h"
+#include "kernel/common/Assert.h"
+#include "kernel/parameters/ParameterDeclarations.h"
 
 JournalEntry JournalEntry::up(const std::string& label)
 {

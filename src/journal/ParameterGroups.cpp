@@ -2,7 +2,7 @@
 
 #include "gui/DomainParameters.h"
 #include "interface/iParameters.h"
-#include "kernel/ParameterDeclarations.h"
+#include "kernel/parameters/ParameterDeclarations.h"
 
 namespace
 {

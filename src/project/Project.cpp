@@ -8,10 +8,10 @@
 #include "interface/iParameters.h"
 #include "interface/iSimulator.h"
 #include "interface/iTracer.h"
-#include "kernel/GridParams.h"
-#include "kernel/InDataFile.h"
-#include "kernel/OutDataFile.h"
-#include "kernel/Point2D.h"
+#include "kernel/files/InDataFile.h"
+#include "kernel/files/OutDataFile.h"
+#include "kernel/geometry/GridParams.h"
+#include "kernel/geometry/Point2D.h"
 
 #include <filesystem>
 #include <system_error>

@@ -7,8 +7,8 @@
 
 #include "interface/iSimulator.h"
 #include "interface/iTracer.h"
-#include "kernel/EMap.h"
-#include "kernel/InDataFile.h"
+#include "kernel/files/EMap.h"
+#include "kernel/files/InDataFile.h"
 
 #include <filesystem>
 #include <system_error>

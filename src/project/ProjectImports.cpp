@@ -8,11 +8,11 @@
 #include "interface/iDomain.h"
 #include "interface/iParameters.h"
 #include "interface/iSimulator.h"
-#include "kernel/Core.h"
-#include "kernel/CoreList.h"
-#include "kernel/GridParams.h"
-#include "kernel/GridReal.h"
-#include "kernel/Point2D.h"
+#include "kernel/files/Core.h"
+#include "kernel/files/CoreList.h"
+#include "kernel/files/GridReal.h"
+#include "kernel/geometry/GridParams.h"
+#include "kernel/geometry/Point2D.h"
 
 #include <algorithm>
 #include <filesystem>

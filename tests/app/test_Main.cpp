@@ -3,7 +3,7 @@
 #include "RunReport.h"
 
 #include "TestSupport.h"
-#include "kernel/Parameters.h"
+#include "kernel/parameters/Parameters.h"
 
 #include <gtest/gtest.h>
 

@@ -8,9 +8,9 @@
 #include "gui/InputJournalFile.h"
 #include "gui/OutputJournalFile.h"
 #include "gui/ParameterGroups.h"
-#include "kernel/FaciesDescription.h"
-#include "kernel/Parameters.h"
-#include "kernel/Tracer.h"
+#include "kernel/common/FaciesDescription.h"
+#include "kernel/common/Tracer.h"
+#include "kernel/parameters/Parameters.h"
 
 #include <cmath>
 #include <cstdio>

@@ -11,8 +11,8 @@
 #include "interface/iParameters.h"
 #include "interface/iSimulator.h"
 #include "interface/iTracer.h"
-#include "kernel/Core.h"
-#include "kernel/GridReal.h"
+#include "kernel/files/Core.h"
+#include "kernel/files/GridReal.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
 #pragma once
 // Builds deposit columns by hand, for tests that need a known block.
 
-#include "kernel/DepositionSet.h"
-#include "kernel/DepositionUnit.h"
+#include "kernel/domain/DepositionSet.h"
+#include "kernel/domain/DepositionUnit.h"
 
 #include <cstdint>
 #include <initializer_list>

@@ -3,16 +3,16 @@
 // kernel object draws on; for channel tests a flat reach of overbank; for
 // network tests a grid of empty stacks and the network over it.
 
-#include "kernel/Channel.h"
-#include "kernel/DistributionGenerator.h"
-#include "kernel/Domain.h"
-#include "kernel/FaciesFamilies.h"
-#include "kernel/MassBalance.h"
-#include "kernel/MeanderCalculator.h"
-#include "kernel/Network.h"
-#include "kernel/Parameters.h"
-#include "kernel/SeedGenerator.h"
-#include "kernel/Tracer.h"
+#include "kernel/channel/Channel.h"
+#include "kernel/common/FaciesFamilies.h"
+#include "kernel/common/Tracer.h"
+#include "kernel/domain/Domain.h"
+#include "kernel/network/Network.h"
+#include "kernel/parameters/DistributionGenerator.h"
+#include "kernel/parameters/MassBalance.h"
+#include "kernel/parameters/MeanderCalculator.h"
+#include "kernel/parameters/Parameters.h"
+#include "kernel/parameters/SeedGenerator.h"
 
 #include <memory>
 #include <vector>

@@ -4,7 +4,7 @@
 #include "TestSupport.h"
 #include "interface/iParameters.h"
 #include "interface/iTracer.h"
-#include "kernel/Simulator.h"
+#include "kernel/driver/Simulator.h"
 
 #include <memory>
 #include <string>

@@ -1,6 +1,0 @@
-#include "kernel/Centerline.h"
-
-bool Centerline::write(const std::string& path)
-{
-    return PointsSet::write(path, "Centerline");
-}

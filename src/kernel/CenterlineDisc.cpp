@@ -1,7 +1,0 @@
-#include "kernel/CenterlineDisc.h"
-
-CenterlineDisc::CenterlineDisc() = default;
-
-CenterlineDisc::CenterlineDisc(const GridParams& params) : GridReal(params) {}
-
-CenterlineDisc::~CenterlineDisc() = default;

@@ -1,6 +1,0 @@
-#include "kernel/CutOff.h"
-
-CutOff::CutOff(ChannelPoint* upstream, ChannelPoint* downstream)
-    : _upstream(upstream), _downstream(downstream)
-{
-}

@@ -1,9 +1,0 @@
-#include "kernel/DepositUnit.h"
-
-DepositUnit::~DepositUnit() = default;
-
-bool DepositUnit::operator==(const DepositUnit& other) const
-{
-    return _family == other._family && _thickness == other._thickness && _age == other._age &&
-           _granulo == other._granulo;
-}

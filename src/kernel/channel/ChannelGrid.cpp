@@ -1,0 +1,95 @@
+#include "kernel/channel/ChannelGrid.h"
+
+#include "kernel/channel/Channel.h"
+#include "kernel/channel/CutOff.h"
+#include "kernel/common/Assert.h"
+
+#include <algorithm>
+
+ChannelGrid::ChannelGrid(double x0, double y0, int nx, int ny, double dx, double dy)
+    : Grid2D<std::map<int, ChannelPoint*>>(dx, dy, nx, ny, x0, y0)
+{
+}
+
+void ChannelGrid::clear()
+{
+    _cells.clear();
+    if (!isAllocated())
+        return;
+    for (int j = 0; j < _ny; ++j)
+        for (int i = 0; i < _nx; ++i)
+            getObject(i, j).clear();
+}
+
+void ChannelGrid::initialize(const Channel& channel)
+{
+    clear();
+    int idx = 0;
+    for (ChannelPoint* cp = channel.first(); cp != nullptr; cp = cp->next(), ++idx)
+    {
+        IPos cell;
+        cp->get_grid_indices(*this, cell.x, cell.y);
+        _cells.push_back(cell);
+        std::map<int, ChannelPoint*>& cpis = getObject(cell.x, cell.y);
+        MP_ASSERT_TEXT(cpis.find(idx) == cpis.end(), "cpis.find(idx) == cpis.end()");
+        cpis[idx] = cp;
+    }
+}
+
+// Each point is compared with the points of the nine cells around its own,
+// from the farthest along the chain down, so that the first hit removes the
+// longest loop; the search resumes past it, and every visited entry is erased.
+void ChannelGrid::get_intersections(const Channel& channel, std::vector<CutOff>& cuts)
+{
+    cuts.clear();
+    if (_cells.empty())
+        return;
+    const double width = channel.width();
+    int cur_idx = 0;
+    for (const IPos& cell : _cells)
+    {
+        std::map<int, ChannelPoint*>& cpis = getObject(cell.x, cell.y);
+        cpis.erase(cpis.begin(), cpis.lower_bound(cur_idx));
+        while (!cpis.empty() && cpis.begin()->first <= cur_idx)
+        {
+            auto itcg = cpis.begin();
+            MP_ASSERT_TEXT(itcg->first == cur_idx, "itcg->begin()->first == cur_idx");
+            ChannelPoint* p = itcg->second;
+            cpis.erase(itcg);
+
+            std::map<int, ChannelPoint*> around;
+            for (int j = std::max(cell.y - 1, 0); j <= std::min(cell.y + 1, _ny - 1); ++j)
+                for (int i = std::max(cell.x - 1, 0); i <= std::min(cell.x + 1, _nx - 1); ++i)
+                {
+                    const std::map<int, ChannelPoint*>& other = getObject(i, j);
+                    around.insert(other.begin(), other.end());
+                }
+
+            bool found = false;
+            for (auto it = around.rbegin(); it != around.rend() && it->first > cur_idx + 3; ++it)
+            {
+                if (p->distance2D(*it->second) < width)
+                {
+                    cuts.emplace_back(p, it->second);
+                    cur_idx = it->first;
+                    found = true;
+                    break;
+                }
+            }
+            if (!found)
+                ++cur_idx;
+            cpis.erase(cpis.begin(), cpis.lower_bound(cur_idx));
+        }
+    }
+}
+
+int ChannelGrid::count() const
+{
+    if (!isAllocated())
+        return 0;
+    std::size_t n = 0;
+    for (int j = 0; j < _ny; ++j)
+        for (int i = 0; i < _nx; ++i)
+            n += getObject(i, j).size();
+    return static_cast<int>(n);
+}

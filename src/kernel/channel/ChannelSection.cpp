@@ -1,0 +1,775 @@
+// The channel's imprint on the grid: the shape of its cross-section, the grid
+// nodes under each segment, the erosion, channel lag and point bars written
+// while it moves, and the sand and mud plugs that fill an abandoned reach.
+
+#include "kernel/channel/Channel.h"
+
+#include "interface/iParameters.h"
+#include "interface/iTracer.h"
+#include "kernel/common/Assert.h"
+#include "kernel/common/Constants.h"
+#include "kernel/common/FaciesFamilies.h"
+#include "kernel/domain/DepositionSet.h"
+#include "kernel/domain/Domain.h"
+#include "kernel/geometry/ConvexPolyedra2D.h"
+#include "kernel/geometry/Grid2D.h"
+#include "kernel/geometry/GridParams.h"
+#include "kernel/parameters/MeanderCalculator.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace
+{
+// Samples across the channel in the drawn section.
+constexpr int SECTION_SAMPLES = 20;
+// Fraction of the flow height below which a node counts as the thalweg.
+constexpr double THALWEG_RATIO = 0.99;
+// Rise of the thalweg bed per pass, as a fraction of the flow height.
+constexpr double THALWEG_RISE = 0.01;
+// Grain values used when no profile is available.
+constexpr double COARSE_GRAIN = 0.875;
+constexpr double BAR_GRAIN = 0.6875;
+// Grain-size classes of the channel deposits.
+constexpr unsigned char POINT_BAR_CLASS = 10;
+constexpr unsigned char CHANNEL_LAG_CLASS = 13;
+constexpr unsigned char PLUG_CLASS = 2;
+constexpr unsigned char SAND_PLUG_CLASS = 9;
+// Lengths of the sand plugs of an abandoned reach, in channel widths.
+constexpr double UPSTREAM_PLUG_WIDTHS = 12.;
+constexpr double DOWNSTREAM_PLUG_WIDTHS = 6.;
+// Decay rate of the sand fraction over one plug length.
+constexpr double PLUG_DECAY = 3.;
+
+double clamp01(double t)
+{
+    return std::min(1., std::max(0., t));
+}
+
+double mix(double a, double b, double t)
+{
+    return (1. - t) * a + t * b;
+}
+
+Facies facies_of(const FaciesDescription& description, unsigned char gr)
+{
+    return Facies(description.id(), gr);
+}
+
+double clamped_curvature(double curvature, double limit)
+{
+    return std::min(limit, std::max(-limit, curvature));
+}
+
+double signed_cbrt(double value)
+{
+    return value < 0. ? -std::pow(-value, 1. / 3.) : std::pow(value, 1. / 3.);
+}
+
+// Parameter, along the line through p directed by `chord`, of its crossing
+// with the line through `origin` along `normal`; false when they are parallel.
+bool crossing(const Point2D& p, const Vector2D& chord, const Point2D& origin, const Vector2D& normal,
+              double& lambda)
+{
+    const double d = normal.vectorial(chord);
+    if (d == 0.)
+        return false;
+    lambda = normal.vectorial(origin - p) / d;
+    return true;
+}
+
+// Fraction of p along the segment, measured between the normals of its ends
+// so that nodes in a bend share out smoothly between consecutive segments;
+// the plain projection when the normals give no answer.
+double fraction_between_normals(const Point2D& p, const ChannelPoint* a, const ChannelPoint* b)
+{
+    const Vector2D chord(*a, *b);
+    const double chord2 = chord.scalar(chord);
+    if (chord2 > MP_EPSILON && a->normal().scalar(a->normal()) > MP_EPSILON)
+    {
+        // The crossings lie on one line, so their distances are in the ratio of their parameters.
+        double l1;
+        if (crossing(p, chord, *a, a->normal(), l1))
+        {
+            double l2;
+            if (b->normal().scalar(b->normal()) > MP_EPSILON && crossing(p, chord, *b, b->normal(), l2) &&
+                l1 != l2)
+                return std::fabs(l1) / std::fabs(l1 - l2);
+            const double denominator = a->distance2D(p) / b->ds();
+            if (denominator > 0.)
+                return std::fabs(l1) * std::sqrt(chord2) / denominator;
+        }
+    }
+    return Channel::norm_proj(p, *a, *b);
+}
+
+// What a section needs at each of its nodes, computed once per section.
+struct SectionFrame
+{
+    SectionFrame(const ChannelPoint* first, const ChannelPoint* second)
+        : cp1(first), cp2(second), across(*first, *second)
+    {
+        across.normalize();
+        across.rotate_half_pi();
+    }
+    const ChannelPoint* cp1;
+    const ChannelPoint* cp2;
+    Vector2D across;
+};
+
+// Elevation of the section's bed at p: the interpolated top minus the
+// parabola of the interpolated mean depth.
+double section_elevation(const SectionFrame& frame, const Point2D& p, double width, double& depth)
+{
+    const ChannelPoint* cp1 = frame.cp1;
+    const ChannelPoint* cp2 = frame.cp2;
+    const double t = clamp01(fraction_between_normals(p, cp1, cp2));
+    const Point2D q = *cp1 * (1. - t) + *cp2 * t;
+    MP_ASSERT_TEXT(cp1->getHmean() > 0. && cp2->getHmean() > 0.,
+                   "cp1->getHmean() > 0. && cp2->getHmean() > 0.");
+    const double h = mix(cp1->getHmean(), cp2->getHmean(), t);
+    const double n = frame.across.scalar(p - q);
+    const double d = MeanderCalculator::parabolic_cross_section_depth(n, width, h);
+    MP_ASSERT_TEXT(!std::isnan(d), "!std::isnan(d)");
+    depth = d;
+    return mix(cp1->get_elevation(), cp2->get_elevation(), t) - d;
+}
+} // namespace
+
+// ---------------------------------------------------------------- depth
+
+void Channel::polynomial_4_cross_section_calculate_coefficients()
+{
+    const double w2 = _half_width;
+    const double h = _hmean;
+    if (w2 == 0. && _tracer != nullptr)
+        _tracer->error("Polynomial_4_section_calculate_coefficients : channel half width is null !");
+    _poly[0] = 5. / (6. * w2);
+    _poly[1] = 1.25 * h;
+    _poly[2] = 3. * h;
+    _poly[3] = -3. * h / (w2 * w2);
+    _poly[4] = -1.25 * h / (w2 * w2 * w2 * w2);
+}
+
+double Channel::polynomial_4_cross_section_depth(double curvature, double n) const
+{
+    if (std::fabs(n) > _half_width)
+    {
+        if (_tracer != nullptr)
+            _tracer->error("Polynomial_4_section_depth : normal abscissa given falls outside the channel !");
+        return 0.;
+    }
+    if (_half_width == 0.)
+    {
+        if (_tracer != nullptr)
+            _tracer->error("Polynomial_4_section_depth : channel half width is null !");
+        return 0.;
+    }
+    // Symmetric quartic of mean depth h, skewed towards the outer bank by the curvature.
+    const double c = clamped_curvature(curvature, _poly[0]);
+    return _poly[1] + _poly[2] * c * n + _poly[3] * c * n * n * n + _poly[4] * n * n * n * n;
+}
+
+double Channel::maximum_polynomial_4_cross_section_depth(const ChannelPoint* cp) const
+{
+    const double w2 = _half_width;
+    const double h = _hmean;
+    if (_tracer != nullptr)
+    {
+        if (w2 == 0.)
+            _tracer->error("Maximum_polynomial_4_section_depth : channel half width is null !");
+        if (h == 0.)
+            _tracer->error("Maximum_polynomial_4_section_depth : channel depth is null !");
+    }
+    // Root of the derivative of the quartic, by Cardano's formula.
+    const double c = clamped_curvature(cp->getC(), _poly[0]);
+    const double p = -3. * h * c;
+    const double q = p / (2.5 * h / w2);
+    const double a = 0.5 * q * w2;
+    const double b = 2. * a * (a * a - w2 * w2 / 2.);
+    const double d = std::sqrt(std::fabs(1. - q * q)) * a * w2 * w2;
+    const double t1 = d > b ? -signed_cbrt((d - b) / 2.) : signed_cbrt((b - d) / 2.);
+    const double t2 = b + d >= 0. ? signed_cbrt((b + d) / 2.) : -signed_cbrt(-(b + d) / 2.);
+    const double n = a + t1 + t2;
+    return _poly[1] + _poly[2] * c * n + _poly[3] * c * n * n * n + _poly[4] * n * n * n * n;
+}
+
+double Channel::cross_section_depth_old(double n, double h) const
+{
+    return MeanderCalculator::parabolic_cross_section_depth(n, width(), h < 0. ? _hmean : h);
+}
+
+// ---------------------------------------------------------------- along a segment
+
+double Channel::norm_proj_new(const Point2D& p, const ChannelPoint* a, const ChannelPoint* b) const
+{
+    return fraction_between_normals(p, a, b);
+}
+
+double Channel::get_elevation_at_point(const Point2D& p, const ChannelPoint* cp1,
+                                       const ChannelPoint* cp2) const
+{
+    const double t = clamp01(norm_proj_new(p, cp1, cp2));
+    return mix(cp1->get_elevation(), cp2->get_elevation(), t);
+}
+
+double Channel::get_bed_elevation_at_point(const Point2D& p, const ChannelPoint* cp1,
+                                           const ChannelPoint* cp2) const
+{
+    const double t = clamp01(norm_proj_new(p, cp1, cp2));
+    return mix(cp1->get_elevation(), cp2->get_elevation(), t) -
+           mix(cp1->getFlowHmax(), cp2->getFlowHmax(), t);
+}
+
+double Channel::get_curvature_at_point(const Point2D& p, const ChannelPoint* cp1,
+                                       const ChannelPoint* cp2) const
+{
+    const double t = clamp01(norm_proj_new(p, cp1, cp2));
+    return mix(cp1->getC(), cp2->getC(), t);
+}
+
+Flow Channel::get_flow_at_point(const Point2D& p, const ChannelPoint* cp1, const ChannelPoint* cp2) const
+{
+    const double t = clamp01(norm_proj_new(p, cp1, cp2));
+    return cp1->flow() * (1. - t) + cp2->flow() * t;
+}
+
+int Channel::point_at_outer_side(const Point2D& p, const ChannelPoint* cp1, const ChannelPoint* cp2) const
+{
+    const double c = get_curvature_at_point(p, cp1, cp2);
+    const double s = static_cast<double>(get_side(*cp1, *cp2, p));
+    if (s * c < 0.)
+        return 1;
+    if (s * c > 0.)
+        return -1;
+    return 0;
+}
+
+double Channel::cross_section_elevation(const Domain* domain, int ix, int iy, const ChannelPoint* cp1,
+                                        const ChannelPoint* cp2, double& depth) const
+{
+    return section_elevation(SectionFrame(cp1, cp2), domain->grid2Rel(ix, iy), width(), depth);
+}
+
+// ---------------------------------------------------------------- grid nodes
+
+void Channel::find_grid_points_for_section(const ChannelPoint* cp1, const ChannelPoint* cp2,
+                                           const GridParams& geom,
+                                           std::vector<std::pair<int, int>>& cells) const
+{
+    cells.clear();
+    ConvexPolyedra2D section;
+    section.add_vertex(*cp1 + cp1->normal() * _half_width);
+    section.add_vertex(*cp2 + cp2->normal() * _half_width);
+    section.add_vertex(*cp2 - cp2->normal() * _half_width);
+    section.add_vertex(*cp1 - cp1->normal() * _half_width);
+    const ConvexPolyedra2D grid = geom.rel2Grid(section);
+    const int nx = geom.getNx();
+    const int ny = geom.getNy();
+    if (grid.get_max().get_abscissa() < -0.5 || grid.get_max().get_ordinate() < -0.5 ||
+        grid.get_min().get_abscissa() > nx + 0.5 || grid.get_min().get_ordinate() > ny + 0.5)
+        return;
+    std::vector<Point2D> nodes;
+    grid.find_points_with_integer_coordinates_inside(nodes);
+    for (const Point2D& node : nodes)
+    {
+        const double x = node.get_abscissa();
+        const double y = node.get_ordinate();
+        if (x >= 0. && x < nx && y >= 0. && y < ny)
+            cells.emplace_back(static_cast<int>(x), static_cast<int>(y));
+    }
+}
+
+void Channel::find_grid_points(const GridParams& geom, std::vector<ChannelGridPoint>& out) const
+{
+    collect_grid_points(geom, out, false);
+}
+
+void Channel::find_grid_points_new(const GridParams& geom, std::vector<ChannelGridPoint>& out) const
+{
+    collect_grid_points(geom, out, true);
+}
+
+// The nodes under each section with the channel's elevation there; `full`
+// adds the bed, the curvature, the flow and the side.
+void Channel::collect_grid_points(const GridParams& geom, std::vector<ChannelGridPoint>& out, bool full) const
+{
+    out.clear();
+    if (_first == nullptr)
+        return;
+    std::vector<std::pair<int, int>> cells;
+    for (const ChannelPoint* cp = _first->next(); cp != nullptr; cp = cp->next())
+    {
+        const ChannelPoint* prev = cp->prev();
+        find_grid_points_for_section(prev, cp, geom, cells);
+        for (const auto& cell : cells)
+        {
+            const Point2D position =
+                Point2D(cell.first * geom.getDx(), cell.second * geom.getDy()) + geom.getOrigin();
+            ChannelGridPoint point(_mc);
+            point.ix = cell.first;
+            point.iy = cell.second;
+            point.z = get_elevation_at_point(position, prev, cp);
+            if (full)
+            {
+                point.bed = get_bed_elevation_at_point(position, prev, cp);
+                point.curvature = get_curvature_at_point(position, prev, cp);
+                point.flow = get_flow_at_point(position, prev, cp);
+                point.side = point_at_outer_side(position, prev, cp);
+            }
+            out.push_back(point);
+        }
+    }
+}
+
+void Channel::put_route_on_grid(Grid2D<std::pair<ChannelPoint*, ChannelPoint*>>& grid) const
+{
+    if (_first == nullptr)
+        return;
+    std::vector<std::pair<int, int>> cells;
+    for (ChannelPoint* cp = _first->next(); cp != nullptr; cp = cp->next())
+    {
+        find_grid_points_for_section(cp->prev(), cp, grid, cells);
+        for (const auto& cell : cells)
+            grid.getObject(cell.first, cell.second) = std::make_pair(cp->prev(), cp);
+    }
+}
+
+void Channel::section_vertices_2D(std::vector<double>& out) const
+{
+    out.clear();
+    for (int k = 0; k <= SECTION_SAMPLES; k++)
+    {
+        const double n = _half_width * (2. * k / SECTION_SAMPLES - 1.);
+        out.push_back(n);
+        out.push_back(-cross_section_depth_old(n, -1.));
+    }
+}
+
+// ---------------------------------------------------------------- moving channel
+
+void Channel::update_section(Domain* domain, MassBalance* mb, const ChannelPoint* cp1,
+                             const ChannelPoint* cp2, unsigned int age, Facies facies, bool erode,
+                             double limit)
+{
+    const bool ghost = facies == facies_of(HemipelagicPlug::_fd, PLUG_CLASS);
+    const SectionFrame frame(cp1, cp2);
+    std::vector<std::pair<int, int>> cells;
+    find_grid_points_for_section(cp1, cp2, *domain, cells);
+    for (const auto& cell : cells)
+    {
+        double d;
+        const double e = section_elevation(frame, domain->grid2Rel(cell.first, cell.second), width(), d);
+        DepositionSet& stack = domain->getObject(cell.first, cell.second);
+        const double top = stack.get_topo_rel(false);
+        if (ghost)
+        {
+            // A ghost channel fills its bed slowly, by at most `limit` per pass.
+            const double channel_top = e + d;
+            const double reach = top + limit;
+            if (reach > channel_top)
+            {
+                stack.water_depth(0.);
+                stack.deposit_up_to(channel_top, facies, age, mb);
+            }
+            else
+            {
+                stack.water_depth(channel_top - top - limit);
+                stack.deposit_up_to(reach, facies, age, mb);
+            }
+        }
+        else if (top > e)
+        {
+            if (erode)
+            {
+                stack.water_depth(d);
+                stack.erode_down_to(e, mb);
+            }
+        }
+        else if (!stack.is_under_channel())
+        {
+            stack.water_depth(d);
+            stack.deposit_up_to(e, facies, age, mb);
+        }
+        stack.set_under_channel(true);
+    }
+}
+
+void Channel::update_section_new(Domain* domain, MassBalance* mb, const ChannelPoint* cp1,
+                                 const ChannelPoint* cp2, unsigned int age, Facies facies, bool erode)
+{
+    const iParameters* params = _mc->parameters();
+    const bool optim = params->usingVarPBGrainOptim();
+    const bool proxy = params->usingVarPBGrainProxy();
+    const bool quick = params->getParamBool("GR_QUICK_C0");
+    const double coarsest = Facies::class_to_granulo(params->getParamInt("GR_PB_OPTIM_MAX"));
+    const double threshold = params->getParamDouble("GR_THRESHOLD");
+    const bool point_bar = facies == facies_of(PointBar::_fd, POINT_BAR_CLASS);
+    const bool lag = facies == facies_of(ChannelLag::_fd, CHANNEL_LAG_CLASS);
+
+    std::vector<std::pair<int, int>> cells;
+    std::vector<double> grains;
+    std::vector<double> heights;
+    std::vector<double> profile_grains;
+    std::vector<double> profile_heights;
+    const SectionFrame frame(cp1, cp2);
+    find_grid_points_for_section(cp1, cp2, *domain, cells);
+    for (const auto& cell : cells)
+    {
+        const int ix = cell.first;
+        const int iy = cell.second;
+        const Point2D p = domain->grid2Rel(ix, iy);
+        double d;
+        double e = section_elevation(frame, p, width(), d);
+        const double bed = get_bed_elevation_at_point(p, cp1, cp2);
+        DepositionSet& stack = domain->getObject(ix, iy);
+        double top = stack.get_topo_rel(false);
+        const double hflow = e + d - bed;
+        MP_ASSERT_TEXT(hflow >= d - MP_EPSILON, "hflow >= wd - MP_EPSILON");
+
+        grains.clear();
+        heights.clear();
+        if (d > THALWEG_RATIO * hflow)
+        {
+            // At the thalweg the bed keeps its coarsest load and rises slowly.
+            grains.push_back(optim ? coarsest : COARSE_GRAIN);
+            top = std::min(top + THALWEG_RISE * hflow, e);
+            heights.push_back(top - bed);
+        }
+        if (point_bar)
+        {
+            // A bar does not build above its dry neighbours.
+            const double dry = domain->get_topo_neigh_dry(ix, iy);
+            if (e > dry)
+            {
+                d = e - dry;
+                e = dry;
+            }
+        }
+        if (top >= e)
+        {
+            if (erode)
+            {
+                stack.water_depth(d);
+                stack.erode_down_to(e, mb);
+            }
+            // Marked as written, so that the fill of the nodes the channel has left passes it by.
+            stack.set_under_channel(true);
+            continue;
+        }
+        if (stack.is_under_channel())
+            continue;
+
+        Flow flow = get_flow_at_point(p, cp1, cp2);
+        const double a = top - bed;
+        const double b = e - bed;
+        if (proxy)
+            get_grainsize_profile_proxy(flow, a, b, profile_grains, profile_heights);
+        else
+        {
+            const int side = point_at_outer_side(p, cp1, cp2);
+            const double curvature = get_curvature_at_point(p, cp1, cp2);
+            if (optim)
+                get_grainsize_profile_optim(flow, curvature, side, a, b, hflow, profile_grains,
+                                            profile_heights);
+            else
+            {
+                flow.cmp_c0(side, quick);
+                get_grainsize_profile(flow, curvature, side, a, b, threshold, profile_grains,
+                                      profile_heights);
+            }
+        }
+        grains.insert(grains.end(), profile_grains.begin(), profile_grains.end());
+        heights.insert(heights.end(), profile_heights.begin(), profile_heights.end());
+
+        stack.water_depth(d);
+        if (!grains.empty())
+        {
+            for (std::size_t i = 0; i < grains.size(); i++)
+                stack.deposit_up_to(bed + heights[i], facies, grains[i], age, mb);
+        }
+        else
+        {
+            const double g = lag ? (optim ? coarsest : COARSE_GRAIN) : BAR_GRAIN;
+            stack.deposit_up_to(e, facies, g, age, mb);
+        }
+        stack.set_under_channel(true);
+    }
+}
+
+void Channel::make_point_bar(Domain* domain, MassBalance* mb, unsigned int age, bool erode)
+{
+    if (_first == nullptr)
+        return;
+    const Facies facies = facies_of(PointBar::_fd, POINT_BAR_CLASS);
+    const bool variable = _mc->parameters()->usingVariablePBGrainsize();
+    for (ChannelPoint* cp = _first->next(); cp != nullptr; cp = cp->next())
+    {
+        if (variable)
+            update_section_new(domain, mb, cp->prev(), cp, age, facies, erode);
+        else
+            update_section(domain, mb, cp->prev(), cp, age, facies, erode, 0.1);
+    }
+}
+
+void Channel::make_channel_lag(Domain* domain, MassBalance* mb, unsigned int age)
+{
+    if (_first == nullptr)
+        return;
+    const Facies facies = facies_of(ChannelLag::_fd, CHANNEL_LAG_CLASS);
+    const bool variable = _mc->parameters()->usingVariablePBGrainsize();
+    for (ChannelPoint* cp = _first->next(); cp != nullptr; cp = cp->next())
+    {
+        if (variable)
+            update_section_new(domain, mb, cp->prev(), cp, age, facies, true);
+        else
+            update_section(domain, mb, cp->prev(), cp, age, facies, true, 0.1);
+    }
+}
+
+void Channel::make_ghost_migration(Domain* domain, MassBalance* mb, unsigned int age, double thickness)
+{
+    if (_first == nullptr)
+        return;
+    const Facies facies = facies_of(HemipelagicPlug::_fd, PLUG_CLASS);
+    for (ChannelPoint* cp = _first->next(); cp != nullptr; cp = cp->next())
+        update_section(domain, mb, cp->prev(), cp, age, facies, false, thickness);
+}
+
+// ---------------------------------------------------------------- filling
+
+void Channel::fill_section(Domain* domain, MassBalance* mb, const ChannelPoint* cp1, const ChannelPoint* cp2,
+                           double fraction, unsigned int age)
+{
+    fraction = clamp01(fraction);
+    const iParameters* params = _mc->parameters();
+    double sand_class = SAND_PLUG_CLASS;
+    if (params->usingVarPBGrainOptim())
+    {
+        const int lo = params->getParamInt("GR_PB_OPTIM_MIN");
+        const int hi = params->getParamInt("GR_PB_OPTIM_MAX");
+        sand_class = lo + static_cast<unsigned char>(hi - lo) * 0.5;
+    }
+    else if (params->usingVariablePBGrainsize())
+        sand_class = params->getSedMedianClass();
+    const Facies sand = facies_of(SandPlug::_fd, static_cast<unsigned char>(sand_class));
+    const Facies plug = params->usingTurbiOrLobes() ? facies_of(HemipelagicPlug::_fd, PLUG_CLASS)
+                                                    : facies_of(MudPlug::_fd, PLUG_CLASS);
+
+    const SectionFrame frame(cp1, cp2);
+    std::vector<std::pair<int, int>> cells;
+    find_grid_points_for_section(cp1, cp2, *domain, cells);
+    for (const auto& cell : cells)
+    {
+        double d;
+        double e = section_elevation(frame, domain->grid2Rel(cell.first, cell.second), width(), d);
+        DepositionSet& stack = domain->getObject(cell.first, cell.second);
+        stack.water_depth(0.);
+        // A stack already written at this age keeps what was laid on it.
+        if (stack.get_topo_rel(false) > e && stack.get_age() != age)
+            stack.erode_down_to(e, mb);
+        if (fraction > 0.)
+        {
+            e += d * fraction;
+            stack.deposit_up_to(e, sand, age, mb);
+        }
+        if (fraction < 1.)
+        {
+            e += (1. - fraction) * d;
+            stack.deposit_up_to(e, plug, age, mb);
+        }
+    }
+}
+
+namespace
+{
+// Walks the sections from `a` to the one before the section ending at `b`,
+// calling `visit(prev, p, cum)` with cum the abscissa of p counted from a.
+template <typename Visit> void walk_reach(ChannelPoint* a, ChannelPoint* b, Visit visit)
+{
+    if (a == nullptr || a == b)
+        return;
+    double cum = 0.;
+    for (ChannelPoint* p = a->next(); p != nullptr && p != b; p = p->next())
+    {
+        cum += p->ds();
+        visit(p->prev(), p, cum);
+    }
+}
+} // namespace
+
+void Channel::fill_channel(Domain* domain, MassBalance* mb, ChannelPoint* a, ChannelPoint* b,
+                           unsigned int age, double decay)
+{
+    walk_reach(a, b,
+               [&](ChannelPoint* prev, ChannelPoint* p, double cum)
+               { fill_section(domain, mb, prev, p, std::exp(-cum * decay), age); });
+}
+
+void Channel::fill_oxbow(Domain* domain, MassBalance* mb, ChannelPoint* a, ChannelPoint* b, unsigned int age,
+                         double decay)
+{
+    if (a == nullptr || b == nullptr)
+        return;
+    // Sand at both ends of the cut-off loop, mud towards its middle.
+    const double length = b->s() - a->s();
+    walk_reach(a, b,
+               [&](ChannelPoint* prev, ChannelPoint* p, double cum)
+               {
+                   const double f =
+                       cum < length / 2. ? std::exp(-cum * decay) : std::exp(-(length - cum) * decay);
+                   fill_section(domain, mb, prev, p, f, age);
+               });
+}
+
+void Channel::fill_channel_new(Domain* domain, MassBalance* mb, ChannelPoint* a, ChannelPoint* b,
+                               unsigned int age, AddPlug plug)
+{
+    if (a == nullptr || a == b || a->next() == nullptr)
+        return;
+    const double w = width();
+    const double length = (b != nullptr ? b->s() : _last->s()) - a->s();
+    double upstream = 0.;
+    double downstream = 0.;
+    double scale = 1.;
+    if (plug == ADD_PLUG_UPSTREAM)
+    {
+        upstream = std::min(UPSTREAM_PLUG_WIDTHS * w, length);
+        scale = UPSTREAM_PLUG_WIDTHS * w;
+    }
+    else if (plug == ADD_PLUG_DOWNSTREAM)
+    {
+        downstream = std::min(DOWNSTREAM_PLUG_WIDTHS * w, length);
+        scale = DOWNSTREAM_PLUG_WIDTHS * w;
+    }
+    double f = 0.;
+    walk_reach(a, b,
+               [&](ChannelPoint* prev, ChannelPoint* p, double cum)
+               {
+                   if (cum < upstream)
+                       f = std::exp(-PLUG_DECAY * cum / scale);
+                   else if (cum > length - downstream)
+                       f = std::exp(-PLUG_DECAY * (length - cum) / scale);
+                   fill_section(domain, mb, prev, p, f, age);
+               });
+}
+
+void Channel::fill_oxbow_new(Domain* domain, MassBalance* mb, ChannelPoint* a, ChannelPoint* b,
+                             unsigned int age)
+{
+    if (a == nullptr || b == nullptr)
+        return;
+    const double w = width();
+    const double length = b->s() - a->s();
+    double upstream;
+    double downstream;
+    if (length > (UPSTREAM_PLUG_WIDTHS + DOWNSTREAM_PLUG_WIDTHS) * w)
+    {
+        upstream = UPSTREAM_PLUG_WIDTHS * w;
+        downstream = DOWNSTREAM_PLUG_WIDTHS * w;
+    }
+    else if (length > UPSTREAM_PLUG_WIDTHS * w)
+    {
+        upstream = length - DOWNSTREAM_PLUG_WIDTHS * w;
+        downstream = DOWNSTREAM_PLUG_WIDTHS * w;
+    }
+    else
+    {
+        upstream = length / 2.;
+        downstream = length / 2.;
+    }
+    double f = 0.;
+    walk_reach(a, b,
+               [&](ChannelPoint* prev, ChannelPoint* p, double cum)
+               {
+                   if (cum < upstream)
+                       f = std::exp(-PLUG_DECAY * cum / upstream);
+                   else if (cum > length - downstream)
+                       f = std::exp(-PLUG_DECAY * (length - cum) / (DOWNSTREAM_PLUG_WIDTHS * w));
+                   fill_section(domain, mb, prev, p, f, age);
+               });
+}
+
+void Channel::dry_section(Domain* domain, const ChannelPoint* cp1, const ChannelPoint* cp2)
+{
+    std::vector<std::pair<int, int>> cells;
+    find_grid_points_for_section(cp1, cp2, *domain, cells);
+    for (const auto& cell : cells)
+        domain->getObject(cell.first, cell.second).water_depth(0.);
+}
+
+void Channel::dry_channel(Domain* domain, ChannelPoint* a, ChannelPoint* b)
+{
+    walk_reach(a, b, [&](ChannelPoint* prev, ChannelPoint* p, double) { dry_section(domain, prev, p); });
+}
+
+// ---------------------------------------------------------------- abandonment
+
+void Channel::abandon_between(ChannelPoint* a, ChannelPoint* b, Domain* domain, MassBalance* mb,
+                              unsigned int age, double decay)
+{
+    if (decay < 0.)
+        dry_channel(domain, a, b);
+    else if (_mc->parameters()->usingOldFilling())
+        fill_oxbow(domain, mb, a, b, age, decay / _half_width);
+    else
+        fill_oxbow_new(domain, mb, a, b, age);
+    delete_between(a, b);
+}
+
+void Channel::abandon(Domain* domain, MassBalance* mb, unsigned int age, AddPlug plug, double decay)
+{
+    if (_first == nullptr)
+        return;
+    if (decay < 0.)
+        dry_channel(domain, _first, _last);
+    else if (_mc->parameters()->usingOldFilling())
+        fill_channel(domain, mb, _first, _last, age, decay / _half_width);
+    else
+        fill_channel_new(domain, mb, _first, _last, age, plug);
+    delete_path();
+}
+
+void Channel::abandon_from(ChannelPoint* cp, Domain* domain, MassBalance* mb, unsigned int age, double decay)
+{
+    if (cp == nullptr)
+        return;
+    if (decay < 0.)
+        dry_channel(domain, cp, _last);
+    else if (_mc->parameters()->usingOldFilling())
+        fill_channel(domain, mb, cp, _last, age, decay / _half_width);
+    else
+        fill_channel_new(domain, mb, cp, _last, age, ADD_PLUG_UPSTREAM);
+    delete_between(cp, _last);
+}
+
+// ---------------------------------------------------------------- lowering
+
+void Channel::move_section_down(Domain* domain, MassBalance* mb, const ChannelPoint* cp1,
+                                const ChannelPoint* cp2, double d)
+{
+    const SectionFrame frame(cp1, cp2);
+    std::vector<std::pair<int, int>> cells;
+    find_grid_points_for_section(cp1, cp2, *domain, cells);
+    for (const auto& cell : cells)
+    {
+        double depth;
+        const double e = section_elevation(frame, domain->grid2Rel(cell.first, cell.second), width(), depth);
+        DepositionSet& stack = domain->getObject(cell.first, cell.second);
+        stack.water_depth(depth > d ? depth - d : 0.);
+        stack.erode_down_to(e, mb);
+    }
+}
+
+void Channel::move_channel_down(Domain* domain, MassBalance* mb, double depth)
+{
+    check_three_points();
+    const double hmax = MeanderCalculator::hmax_from_hmean(_hmean0);
+    if (depth >= hmax)
+        return;
+    const double d = hmax - depth;
+    for (ChannelPoint* cp = _first->next(); cp != nullptr; cp = cp->next())
+        move_section_down(domain, mb, cp->prev(), cp, d);
+    for (ChannelPoint* cp = _first; cp != nullptr; cp = cp->next())
+        cp->set_elevation(cp->get_elevation() - d);
+}

@@ -1,0 +1,449 @@
+// How the channel rises and sinks towards its equilibrium elevation, and how a
+// flood thickness spreads from the channel over the land.
+
+#include "kernel/network/Network.h"
+
+#include "interface/iParameters.h"
+#include "interface/iTracer.h"
+#include "kernel/common/Assert.h"
+#include "kernel/common/Constants.h"
+#include "kernel/common/Facies.h"
+#include "kernel/common/FaciesFamilies.h"
+#include "kernel/domain/Domain.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace
+{
+// Applies `op` to the seven fields that a flood carries.
+template <typename Op> void each_flood_field(AggradInfo& a, const AggradInfo& b, Op op)
+{
+    op(a.thdec, b.thdec);
+    op(a.thmax, b.thmax);
+    op(a.th, b.th);
+    op(a.ratio, b.ratio);
+    op(a.zmax, b.zmax);
+    op(a.gr, b.gr);
+    op(a.grdec, b.grdec);
+}
+
+// The neighbours of a map node, in the order in which they may feed it.
+const int FEEDER_OFFSETS[8][2] = {{0, -1}, {0, 1}, {-1, 0}, {-1, -1}, {-1, 1}, {1, 0}, {1, -1}, {1, 1}};
+
+int margin_x(const Domain& domain)
+{
+    return domain.get_mx() == MP_UNDEF_INT ? 0 : domain.get_mx();
+}
+
+long long length2(const IPos& p)
+{
+    return static_cast<long long>(p.x) * p.x + static_cast<long long>(p.y) * p.y;
+}
+
+// A map node and its distance to the channel, for the one sort of a flood.
+struct DistanceKey
+{
+    double dch;
+    int index;
+    bool operator<(const DistanceKey& other) const
+    {
+        return dch < other.dch || (dch == other.dch && index < other.index);
+    }
+};
+
+// Overbank fines, coarser ones near the channel making the levee.
+Facies flood_facies(double granulo)
+{
+    const int c = Facies::granulo_to_class(granulo);
+    if (c == 0)
+        return Facies(Overbank::_fd.id(), 1);
+    if (c > 4)
+        return Facies(Levee::_fd.id(), static_cast<unsigned char>(c));
+    return Facies(Overbank::_fd.id(), static_cast<unsigned char>(c));
+}
+} // namespace
+
+// ---------------------------------------------------------------------------
+// Flood records
+
+AggradInfo& AggradInfo::operator+=(const AggradInfo& other)
+{
+    each_flood_field(*this, other, [](double& a, double b) { a += b; });
+    return *this;
+}
+
+AggradInfo& AggradInfo::operator*=(const AggradInfo& other)
+{
+    each_flood_field(*this, other, [](double& a, double b) { a *= b; });
+    return *this;
+}
+
+AggradInfo& AggradInfo::operator/=(const AggradInfo& other)
+{
+    each_flood_field(*this, other,
+                     [](double& a, double b)
+                     {
+                         if (b > 0.)
+                             a /= b;
+                     });
+    return *this;
+}
+
+void AggradInfo::copy_deposit_info(const AggradInfo& other)
+{
+    each_flood_field(*this, other, [](double& a, double b) { a = b; });
+    status = other.status;
+}
+
+// The flood thins exponentially with distance, and its surface falls by what it lost.
+void AggradInfo::decrease(double delta)
+{
+    MP_ASSERT_TEXT(delta < 0., "delta < 0");
+    MP_ASSERT_TEXT(thdec > 0., "mean.thdec > 0");
+    const double e = std::exp(delta / thdec);
+    const double new_thmax = e * thmax;
+    zmax -= thmax - new_thmax;
+    thmax = new_thmax;
+    th = new_thmax;
+    MP_ASSERT_TEXT(grdec > 0., "grdec > 0");
+    gr *= std::exp(delta / grdec);
+}
+
+// Summing values in `sum` and squares here makes the final ratio a
+// contraharmonic mean, in which thick feeders weigh more than thin ones.
+bool AggradInfo::add(const AggradInfo& feeder, AggradInfo& sum)
+{
+    MP_ASSERT_TEXT(status == 0, "mean.status == 0");
+    MP_ASSERT_TEXT(feeder.status != -1, "feeder.status != -1");
+    MP_ASSERT_TEXT(feeder.dch < dch, "feeder.dch < dch");
+    AggradInfo fi = feeder;
+    if (feeder.status == -2)
+    {
+        fi.thmax = fi.th = feeder.zmax - z;
+        fi.status = 0;
+        if (fi.th < min_th)
+            return false;
+    }
+    else if (feeder.th < min_th)
+        return false;
+
+    const double delta = feeder.dch - dch;
+    fi.decrease(delta);
+    if (z > fi.zmax)
+        return false;
+
+    // Rising ground takes a share of the flood on top of the lower surface.
+    double th_here = fi.th;
+    const double w = std::exp(delta / (2. * feeder.thdec));
+    if (th_here + z > feeder.th * w + feeder.z && z > feeder.z)
+    {
+        th_here -= w * (z - feeder.z);
+        if (th_here < 0.)
+            return false;
+    }
+    if (z + th_here > fi.zmax)
+        th_here = fi.zmax - z;
+    fi.th = th_here;
+    MP_ASSERT_TEXT(fi.th >= 0., "fi.th >= 0");
+
+    sum += fi;
+    fi *= fi;
+    *this += fi;
+    return true;
+}
+
+// ---------------------------------------------------------------------------
+// Equilibrium elevation
+
+// A step shaves the points farthest from the equilibrium first, so that a
+// channel with relief flattens before it moves as a whole.
+void Network::go_to_ep(double step)
+{
+    if (step < 0. || _ch == nullptr)
+        return;
+    std::vector<std::pair<ChannelPoint*, std::pair<double, double>>> raw;
+    _ch->abs_elevation_to_ep(_ep_elevation, raw);
+    if (raw.empty())
+        return;
+    std::vector<AbsElevationInfo> list;
+    list.reserve(raw.size());
+    for (const auto& entry : raw)
+        list.push_back(AbsElevationInfo{entry.second.first, entry.second.second, entry.first});
+    std::stable_sort(list.begin(), list.end(),
+                     [](const AbsElevationInfo& a, const AbsElevationInfo& b)
+                     { return a.distance < b.distance; });
+
+    const double t = std::max(0., list.back().distance - step);
+    std::size_t k = list.size();
+    for (; k > 0 && list[k - 1].distance > t; --k)
+    {
+        const AbsElevationInfo& info = list[k - 1];
+        const double d = info.distance - t;
+        if (info.elevation > _ep_elevation)
+            info.point->decrease_elevation_by(d);
+        else
+            info.point->increase_elevation_by(d);
+    }
+    for (std::size_t m = 0; m < k; ++m)
+        list[m].point->aggrad_increase(0.);
+}
+
+void Network::make_channel_lag(double step)
+{
+    MP_ASSERT_TEXT(_ch != nullptr, "_ch != NULL");
+    go_to_ep(step);
+    if (_domain != nullptr)
+        _ch->make_channel_lag(_domain, _mb, _iteration);
+}
+
+void Network::make_incision(double step)
+{
+    if (_domain == nullptr || _ch == nullptr)
+        return;
+    const double m = _ch->mean_elevation();
+    if (m - step < _ep_elevation)
+        _ep_elevation = m - step;
+    go_to_ep(step);
+    _last_flood_iter = _iteration;
+}
+
+// ---------------------------------------------------------------------------
+// Ghost migration: the turbidite channel fills while a copy of it keeps meandering
+
+void Network::make_ghost_migration(unsigned int years, double thickness)
+{
+    _erode = false;
+    if (_ch == nullptr || _domain == nullptr)
+        return;
+    if (_ghost == nullptr)
+    {
+        _ghost = new Channel(_mc, *_ch, true);
+        _ghost_rise = 0.;
+    }
+    const double depth = channel_current_max_depth();
+    if (_ghost_rise < depth)
+    {
+        const double t = std::min(thickness, depth - _ghost_rise);
+        _ch->make_ghost_migration(_domain, _mb, _iteration, t);
+        _ghost_rise += t;
+    }
+    if (_ghost->sinuo_occurs(_iteration, _domain))
+        _ghost->update_flow_sinuosity();
+    _ghost->migrate(_domain, Channel::migration_time_step(years));
+    check_intersections(_ghost, true);
+    _ghost->compute_velocity_perturbation();
+}
+
+void Network::end_ghost_migration()
+{
+    delete _ghost;
+    _ghost = nullptr;
+    _ghost_rise = 0.;
+    _erode = true;
+}
+
+// ---------------------------------------------------------------------------
+// Flood map
+
+void Network::create_aggrad_map(int& ny_below, std::vector<ChannelGridPoint>& points)
+{
+    _amap.reset();
+    if (_domain == nullptr || _ch == nullptr)
+        return;
+    const double dx = _domain->getDx();
+    const double dy = _domain->getDy();
+    const int nx = _domain->getNx();
+    const int ny = _domain->getNy();
+
+    double ymin = 0., ymax = 0.;
+    _ch->calculate_y_bounds(ymin, ymax);
+    ny_below = 1;
+    if (ymin < 0.)
+        ny_below = static_cast<int>(-ymin / dy);
+    int ny_above = 1;
+    if (ymax > ny * dy)
+        ny_above = static_cast<int>((ymax - ny * dy) / dy);
+    const int mx = margin_x(*_domain);
+    _amap = std::make_unique<Grid2D<AggradInfo>>(dx, dy, nx + 2 * mx, ny + ny_below + ny_above, -mx * dx,
+                                                 -ny_below * dy);
+
+    points.clear();
+    points.reserve(10 * static_cast<std::size_t>(_amap->getNx()));
+    if (_params->usingTurbi() || _params->usingLobes())
+        _ch->find_grid_points_new(*_amap, points);
+    else
+        _ch->find_grid_points(*_amap, points);
+    if (points.empty())
+    {
+        if (_tracer != nullptr)
+            _tracer->info("   Channel is too far from the domain: no aggradation");
+        _amap.reset();
+        return;
+    }
+
+    _domain->compute_border_zmin();
+    _domain->compute_border_zmax();
+    const int my = std::max(ny_above, ny_below);
+    for (int j = 0; j < _amap->getNy(); ++j)
+        for (int i = 0; i < _amap->getNx(); ++i)
+            _amap->getObject(i, j).z =
+                _domain->get_topo_extrapolated(true, true, i - mx, j - ny_below, mx, my, true);
+}
+
+// Danielsson's vector distance mapping: each node ends with the index vector
+// from its nearest source, propagated by two raster passes. A node still
+// holding the marker (nx + 1, 0) has no information yet and offers nothing.
+void Network::danielsson(Grid2D<IPos>& vectors) const
+{
+    const int nx = vectors.getNx();
+    const int ny = vectors.getNy();
+    if (nx <= 0 || ny <= 0 || !vectors.isAllocated())
+        return;
+    const int none = nx + 1;
+    auto informed = [none](const IPos& p) { return p.x != none || p.y != 0; };
+    auto offer = [&](IPos& node, const IPos& from, int ddx, int ddy)
+    {
+        if (!informed(from))
+            return;
+        const IPos candidate{from.x + ddx, from.y + ddy};
+        if (!informed(node) || length2(candidate) < length2(node))
+            node = candidate;
+    };
+    IPos* grid = vectors.pointer(0, 0);
+    auto sweep_right = [&](IPos* row, const IPos* other, int ddy)
+    {
+        for (int i = 1; i < nx; ++i)
+        {
+            offer(row[i], row[i - 1], 1, 0);
+            if (other != nullptr)
+                offer(row[i], other[i], 0, ddy);
+        }
+    };
+    auto sweep_left = [&](IPos* row, const IPos* other, int ddy)
+    {
+        for (int i = nx - 2; i >= 0; --i)
+        {
+            offer(row[i], row[i + 1], -1, 0);
+            if (other != nullptr)
+                offer(row[i], other[i], 0, ddy);
+        }
+    };
+
+    // Downward: information from the sources above and in the row.
+    for (int j = ny - 1; j >= 0; --j)
+    {
+        IPos* row = grid + static_cast<std::size_t>(j) * nx;
+        sweep_right(row, j == ny - 1 ? nullptr : row + nx, -1);
+        sweep_left(row, nullptr, 0);
+    }
+    // Upward: information from the sources below.
+    for (int j = 0; j < ny; ++j)
+    {
+        IPos* row = grid + static_cast<std::size_t>(j) * nx;
+        sweep_left(row, j == 0 ? nullptr : row - nx, 1);
+        sweep_right(row, nullptr, 0);
+    }
+}
+
+void Network::compute_aggrad_map(int ny_below, const std::vector<ChannelGridPoint>& pts)
+{
+    MP_ASSERT_TEXT(_amap != nullptr, "_amap != NULL");
+    MP_ASSERT_TEXT(!pts.empty(), "!pts.empty()");
+    const double dx = _amap->getDx();
+    const double dy = _amap->getDy();
+    const int nx = _amap->getNx();
+    const int ny = _amap->getNy();
+    MP_ASSERT(dx > 0);
+    MP_ASSERT(dy > 0);
+    MP_ASSERT(nx > 0 && ny > 0);
+
+    std::vector<DistanceKey> order(_amap->node_count());
+    {
+        Grid2D<IPos> vectors(*_amap);
+        vectors.initialize(IPos{nx + 1, 0});
+        for (const ChannelGridPoint& pt : pts)
+        {
+            MP_ASSERT_TEXT(pt.ix >= 0 && pt.ix < nx, "pt->pos.x >= 0 && pt->pos.x < nx");
+            MP_ASSERT_TEXT(pt.iy >= 0 && pt.iy < ny, "pt->pos.y >= 0 && pt->pos.y < ny");
+            vectors.getObject(pt.ix, pt.iy) = IPos{0, 0};
+        }
+        danielsson(vectors);
+
+        const IPos* v = vectors.pointer(0, 0);
+        AggradInfo* info = _amap->pointer(0, 0);
+        int index = 0;
+        for (int j = 0; j < ny; ++j)
+            for (int i = 0; i < nx; ++i, ++index)
+            {
+                AggradInfo& rec = info[index];
+                rec.i = i;
+                rec.j = j;
+                const double ax = v[index].x * dx;
+                const double ay = v[index].y * dy;
+                rec.dch = std::sqrt(ax * ax + ay * ay);
+                order[index] = DistanceKey{rec.dch, index};
+            }
+    }
+    std::sort(order.begin(), order.end());
+
+    const int mx = _domain != nullptr ? (nx - _domain->getNx()) / 2 : 0;
+    AggradInfo* info = _amap->pointer(0, 0);
+    for (const DistanceKey& key : order)
+    {
+        AggradInfo& rec = info[key.index];
+        if (!compute_deposit(&rec) || _domain == nullptr)
+            continue;
+        const int di = rec.i - mx;
+        const int dj = rec.j - ny_below;
+        if (!_domain->isValid(di, dj))
+            continue;
+        const double d = rec.ratio;
+        MP_ASSERT_TEXT(!std::isnan(d), "!std::isnan(d)");
+        _domain->getObject(di, dj).deposit_thickness(rec.th * d, flood_facies(rec.gr), _iteration, _mb);
+    }
+}
+
+// A node takes its flood from the neighbours strictly closer to the channel.
+bool Network::compute_deposit(AggradInfo* local)
+{
+    MP_ASSERT_TEXT(local != nullptr, "local != NULL");
+    if (local->status == -2 || local->status == 0)
+        return false;
+    MP_ASSERT_TEXT(local->th == 0., "local->th == 0.");
+    MP_ASSERT_TEXT(_amap != nullptr, "_amap != NULL");
+
+    AggradInfo mean = *local;
+    mean.status = 0;
+    AggradInfo sum = mean;
+    const int nx = _amap->getNx();
+    const int ny = _amap->getNy();
+    const AggradInfo* map = _amap->pointer(0, 0);
+    bool fed = false;
+    for (const auto& offset : FEEDER_OFFSETS)
+    {
+        const int i = local->i + offset[0];
+        const int j = local->j + offset[1];
+        if (i < 0 || i >= nx || j < 0 || j >= ny)
+            continue;
+        const AggradInfo& neighbour = map[static_cast<std::size_t>(j) * nx + i];
+        if (neighbour.dch < local->dch && mean.add(neighbour, sum))
+            fed = true;
+    }
+    if (!fed)
+    {
+        local->status = 0;
+        return false;
+    }
+    MP_ASSERT_TEXT(mean.status == 0, "mean.status == 0");
+    MP_ASSERT_TEXT(mean.th >= 0., "mean.th >= 0");
+    mean /= sum;
+    MP_ASSERT_TEXT(mean.thdec > 0., "mean.thdec > 0");
+    if (mean.th < AggradInfo::min_th)
+    {
+        local->status = 0;
+        return false;
+    }
+    local->copy_deposit_info(mean);
+    return true;
+}
