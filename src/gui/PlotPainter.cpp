@@ -160,7 +160,8 @@ void Painter::fit_chart_axes(Frame& frame, const wxRect& area) const
     }
     else if (double lo = 0., hi = 0.; _data.key_range(lo, hi))
     {
-        const double half = bars ? 0.5 * bar_group_width() / 0.9 : 0.;
+        // Bars keep their whole width inside; curves keep off the frame.
+        const double half = bars ? 0.5 * bar_group_width() / 0.9 : 0.03 * (hi - lo);
         klo = lo - half;
         khi = hi + half;
     }
@@ -174,7 +175,8 @@ void Painter::fit_chart_axes(Frame& frame, const wxRect& area) const
         vhi = std::max(_data.valueMax, vhi);
     const int keyLength = frame.keyVertical ? area.height : area.width;
     const int valueLength = frame.keyVertical ? area.width : area.height;
-    frame.key.fit(klo, khi, std::max(2, keyLength / 70), _data.categories.empty() && !bars);
+    // Curves run from their first key to their last.
+    frame.key.fit(klo, khi, std::max(2, keyLength / 70), false);
     if (!_data.categories.empty())
         frame.key.step = 1., frame.key.decimals = 0;
     frame.value.fit(vlo, vhi, std::max(2, valueLength / 60), true);
@@ -184,14 +186,23 @@ void Painter::draw_chart(wxRect area)
 {
     Frame frame;
     frame.keyVertical = _data.keyVertical;
-    // Room for the numbers, the axis labels and the legend.
-    const int left = _dc.GetTextExtent("-00000.00").x + _text + 2 * MP_GAP;
+    // Room for the numbers, the axis labels and the legend: the numbers on
+    // the left are those of a first fit.
     const int below = 2 * _text + 3 * MP_GAP;
     const int legend = legend_width();
-    frame.area = wxRect(area.x + left, area.y, area.width - left - legend - MP_GAP, area.height - below);
-    if (frame.area.width < 40 || frame.area.height < 40)
-        return;
-    fit_chart_axes(frame, frame.area);
+    int left = _dc.GetTextExtent("-0.00").x + _text + 3 * MP_GAP;
+    for (int pass = 0; pass < 2; ++pass)
+    {
+        frame.area = wxRect(area.x + left, area.y, area.width - left - legend - MP_GAP, area.height - below);
+        if (frame.area.width < 40 || frame.area.height < 40)
+            return;
+        fit_chart_axes(frame, frame.area);
+        const Axis& vertical = frame.keyVertical ? frame.key : frame.value;
+        int widest = 0;
+        for (double t : vertical.ticks())
+            widest = std::max(widest, _dc.GetTextExtent(vertical.label(t)).x);
+        left = widest + _text + 3 * MP_GAP;
+    }
     draw_grid(frame);
     draw_series(frame);
     if (_data.series.empty())
@@ -289,8 +300,10 @@ void Painter::draw_axis_labels(const wxRect& area, const wxString& horizontal, c
     _dc.SetTextForeground(*wxBLACK);
     const wxSize h = _dc.GetTextExtent(horizontal);
     _dc.DrawText(horizontal, area.x + (area.width - h.x) / 2, area.GetBottom() + below - MP_GAP - h.y);
+    // Centred along the axis, but never off the image.
     const wxSize v = _dc.GetTextExtent(vertical);
-    _dc.DrawRotatedText(vertical, area.x - left + MP_GAP / 2, area.y + (area.height + v.x) / 2, 90.);
+    const int bottom = std::clamp(area.y + (area.height + v.x) / 2, std::min(v.x, _size.y), _size.y - 1);
+    _dc.DrawRotatedText(vertical, area.x - left + MP_GAP / 2, bottom, 90.);
 }
 
 void Painter::draw_series(const Frame& frame)

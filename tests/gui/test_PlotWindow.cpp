@@ -102,6 +102,11 @@ TEST(PlotWindow, EveryToolIsDrawnSavedAndReadBack)
                 has_colour(image, PlotPalette::series(data.series[rank].colour, static_cast<int>(rank))))
                 << tool.name << ": " << data.series[rank].name;
 
+        // At the smallest size the window allows, for a look at what crowds.
+        window->SetSize(window->GetMinSize());
+        settle();
+        ASSERT_TRUE(window->savePng(dir + "/" + tool.name + "_small.png", message)) << message;
+
         const std::string csv = dir + "/" + tool.name + ".csv";
         ASSERT_TRUE(window->saveCsv(csv, message)) << message;
         PlotData back;
