@@ -180,6 +180,14 @@ void Painter::fit_chart_axes(Frame& frame, const wxRect& area) const
     if (!_data.categories.empty())
         frame.key.step = 1., frame.key.decimals = 0;
     frame.value.fit(vlo, vhi, std::max(2, valueLength / 60), true);
+    // Counts are whole: no tick between two numbers of bodies.
+    const bool whole = std::all_of(
+        _data.series.begin(), _data.series.end(),
+        [](const PlotSeries& s)
+        { return std::all_of(s.y.begin(), s.y.end(), [](double v) { return v == std::floor(v); }); });
+    if (whole && frame.value.step < 1.)
+        frame.value.fit(vlo, std::max(vhi, vlo + 1.), static_cast<int>(std::ceil(std::max(vhi - vlo, 1.))),
+                        true);
 }
 
 void Painter::draw_chart(wxRect area)
