@@ -15,7 +15,8 @@ if [ "${SARVO_PYTHON:-ON}" != "OFF" ]; then
              python3-distributed xvfb xauth)
 fi
 if [ "${SARVO_GUI:-ON}" != "OFF" ]; then
-  packages+=(libwxgtk3.2-dev libgl1-mesa-dev libglu1-mesa-dev freeglut3-dev)
+  # The GUI tests draw on a virtual display.
+  packages+=(libwxgtk3.2-dev libgl1-mesa-dev libglu1-mesa-dev freeglut3-dev xvfb xauth)
 fi
 
 missing=()
