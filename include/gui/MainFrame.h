@@ -31,7 +31,7 @@ class wxMenu;
 class wxNotebook;
 class wxProgressDialog;
 class wxRadioBox;
-class wxTextCtrl;
+class wxStaticText;
 
 class MainFrame : public wxFrame
 {
@@ -267,7 +267,7 @@ private:
     wxNotebook* _notebook = nullptr;
     std::vector<ParameterPanel*> _panels;
     wxRadioBox* _system = nullptr;
-    wxTextCtrl* _summary = nullptr;
+    wxStaticText* _summary = nullptr;
     wxMenu* _recentMenu = nullptr;
     std::vector<std::string> _recent;
     std::vector<wxButton*> _buttons;

@@ -12,6 +12,7 @@
 
 class iParameters;
 class ParameterGroup;
+class wxStaticText;
 class wxWindow;
 
 class ParameterPanel : public wxScrolledWindow
@@ -34,6 +35,8 @@ private:
         ParameterRows* rows;
         size_t row;
         wxWindow* control;
+        // The bounds differ between systems: shown again with the values.
+        wxStaticText* range;
     };
     void add_group(wxWindow* parent, wxSizer* sizer, const ParameterGroup& group);
     std::string entry_text(const Entry& entry) const;

@@ -16,8 +16,8 @@ public:
                    long& answer) override;
     bool askText(const std::string& title, const std::string& prompt, const std::string& value,
                  std::string& answer) override;
-    bool askChoice(const std::string& title, const std::string& prompt, const std::vector<std::string>& choices,
-                   int& answer) override;
+    bool askChoice(const std::string& title, const std::string& prompt,
+                   const std::vector<std::string>& choices, int& answer) override;
     bool askOpenFile(const std::string& title, const std::string& wildcard, std::string& path) override;
     bool askSaveFile(const std::string& title, const std::string& wildcard, const std::string& name,
                      std::string& path) override;

@@ -12,8 +12,8 @@ class iUserDialogs : public iProjectDialogs
 {
 public:
     // Each answers false when the user cancels.
-    virtual bool askNumber(const std::string& title, const std::string& prompt, long value, long min, long max,
-                           long& answer) = 0;
+    virtual bool askNumber(const std::string& title, const std::string& prompt, long value, long min,
+                           long max, long& answer) = 0;
     virtual bool askText(const std::string& title, const std::string& prompt, const std::string& value,
                          std::string& answer) = 0;
     virtual bool askChoice(const std::string& title, const std::string& prompt,

@@ -81,8 +81,8 @@ private:
         wxBitmap bitmap;
         if (!bitmap.LoadFile(path, wxBITMAP_TYPE_PNG))
             return;
-        auto* splash = new wxSplashScreen(bitmap, wxSPLASH_CENTRE_ON_SCREEN | wxSPLASH_TIMEOUT, 5000, nullptr,
-                                          wxID_ANY);
+        auto* splash =
+            new wxSplashScreen(bitmap, wxSPLASH_CENTRE_ON_SCREEN | wxSPLASH_TIMEOUT, 5000, nullptr, wxID_ANY);
         wxYield();
         wxSleep(5);
         delete splash;

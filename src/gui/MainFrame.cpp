@@ -19,6 +19,7 @@
 #include <wx/progdlg.h>
 #include <wx/radiobox.h>
 #include <wx/sizer.h>
+#include <wx/stattext.h>
 #include <wx/statusbr.h>
 #include <wx/textctrl.h>
 #include <wx/wrapsizer.h>
@@ -230,11 +231,10 @@ void MainFrame::page_setup()
         _notebook->AddPage(page, layout.title);
     }
     auto* page = new wxPanel(_notebook);
-    _summary = new wxTextCtrl(page, wxID_ANY, "", wxDefaultPosition, wxDefaultSize,
-                              wxTE_MULTILINE | wxTE_READONLY);
+    _summary = new wxStaticText(page, wxID_ANY, "");
     _summary->SetFont(wxFont(wxFontInfo(10).Family(wxFONTFAMILY_TELETYPE)));
     auto* sizer = new wxBoxSizer(wxVERTICAL);
-    sizer->Add(_summary, 1, wxEXPAND | wxALL, 4);
+    sizer->Add(_summary, 1, wxEXPAND | wxALL, 8);
     page->SetSizer(sizer);
     _notebook->AddPage(page, "Summary");
 }
@@ -352,9 +352,15 @@ void MainFrame::set_lock()
     }
     if (bar != nullptr)
     {
-        const int exports[] = {ID_EXPORT_WELL,       ID_EXPORT_TOPO,        ID_EXPORT_EMAP,
-                               ID_EXPORT_CENTERLINE, ID_EXPORT_DISC_CENTERLINE, ID_EXPORT_SIMU,
-                               ID_EXPORT_EMAP_CP,    ID_EXPORT_AGE_HORIZON, ID_EXPORT_EXTRA_TOPO};
+        const int exports[] = {ID_EXPORT_WELL,
+                               ID_EXPORT_TOPO,
+                               ID_EXPORT_EMAP,
+                               ID_EXPORT_CENTERLINE,
+                               ID_EXPORT_DISC_CENTERLINE,
+                               ID_EXPORT_SIMU,
+                               ID_EXPORT_EMAP_CP,
+                               ID_EXPORT_AGE_HORIZON,
+                               ID_EXPORT_EXTRA_TOPO};
         for (int id : exports)
             bar->Enable(id, !running);
     }
@@ -369,9 +375,8 @@ void MainFrame::set_status()
     else if (!_paused && _sequenceMode)
         state += " (sequence)";
     SetStatusText(wxString::Format("Iteration: %u", age), 0);
-    SetStatusText(_untilIteration > 0 && !_paused ? wxString::Format("%s until %u", state, _untilIteration)
-                                                  : state,
-                  1);
+    SetStatusText(
+        _untilIteration > 0 && !_paused ? wxString::Format("%s until %u", state, _untilIteration) : state, 1);
 }
 
 void MainFrame::set_title()
@@ -391,7 +396,8 @@ void MainFrame::summary()
     out << "Project                : " << (_project != nullptr ? _project->getPath() : "none") << "\n";
     out << "Iteration              : " << _simulator->getAge() << "\n";
     out << "Grid                   : " << p->getParamInt("DOMAIN_NX") << " x " << p->getParamInt("DOMAIN_NY")
-        << " nodes of " << p->getParamDouble("DOMAIN_DX") << " x " << p->getParamDouble("DOMAIN_DY") << " m\n";
+        << " nodes of " << p->getParamDouble("DOMAIN_DX") << " x " << p->getParamDouble("DOMAIN_DY")
+        << " m\n";
     out << "Seed                   : " << p->getParamInt("SIM_SEED") << "\n";
     out << "Refreshment period     : " << _refreshPeriod << " iterations\n";
     RunSummary run;
@@ -402,7 +408,7 @@ void MainFrame::summary()
         out << "Sinuosity              : " << _simulator->getSinuosity() << "\n";
         out << "Cutoffs                : " << _simulator->getNbCutoff() << "\n";
     }
-    _summary->ChangeValue(out.str());
+    _summary->SetLabel(wxString::FromUTF8(out.str()));
 }
 
 void MainFrame::update_forecast()
@@ -411,8 +417,9 @@ void MainFrame::update_forecast()
         return;
     std::ostringstream out;
     out << "Forecast: sand " << _simulator->getForecastSand() << ", aggradation rate "
-        << _simulator->getForecastAggradationRate() << ", migration rate " << _simulator->getForecastMigrationRate();
-    tracer()->trace(out.str(), TRACE_DEBUG);
+        << _simulator->getForecastAggradationRate() << ", migration rate "
+        << _simulator->getForecastMigrationRate();
+    tracer()->debug(out.str());
 }
 
 // ---------------------------------------------------------------------------
@@ -438,8 +445,9 @@ bool MainFrame::update_progress(int n)
         break;
     }
     if (_progressDialog == nullptr)
-        _progressDialog = new wxProgressDialog(_progressTitle, _progressMessage, std::max(1, _progress.total()), this,
-                                               wxPD_APP_MODAL | wxPD_CAN_ABORT | wxPD_AUTO_HIDE);
+        _progressDialog =
+            new wxProgressDialog(_progressTitle, _progressMessage, std::max(1, _progress.total()), this,
+                                 wxPD_APP_MODAL | wxPD_CAN_ABORT | wxPD_AUTO_HIDE);
     return _progressDialog->Update(std::min(_progress.count(), _progress.total()));
 }
 
@@ -504,17 +512,21 @@ void MainFrame::on_system(wxCommandEvent&)
     const int current = parameters()->usingTurbi() ? 1 : 0;
     if (wanted == current)
         return;
-    if (!ask_confirm("You are about to change the system type. All parameters will be restored to there default "
-                     "values\n"))
+    if (!ask_confirm(
+            "You are about to change the system type. All parameters will be restored to there default "
+            "values\n"))
     {
         _system->SetSelection(current);
         return;
     }
+    const int seed = parameters()->getParamInt("SIM_SEED");
     if (wanted == 1)
         parameters()->setUsingTurbi();
     else
         parameters()->setUsingFluvi();
     load_default_parameters(false);
+    parameters()->setParamInt("SIM_SEED", seed);
+    update_interface_parameters();
     show_message("Information!", std::string("Using ") + SYSTEM_TYPES[wanted] + " System");
     summary();
 }

@@ -70,7 +70,13 @@ void MainFrame::bind_commands()
     Bind(wxEVT_RADIOBOX, &MainFrame::on_system, this, ID_SYSTEM);
     Bind(wxEVT_MENU, &MainFrame::open_recent_project, this, ID_RECENT_FIRST, ID_RECENT_LAST);
     Bind(
-        wxEVT_MENU, [this](wxCommandEvent&) { _messages->Show(); _messages->Raise(); }, ID_MESSAGES);
+        wxEVT_MENU,
+        [this](wxCommandEvent&)
+        {
+            _messages->Show();
+            _messages->Raise();
+        },
+        ID_MESSAGES);
     const auto exit = [this](wxCommandEvent&) { Close(); };
     Bind(wxEVT_MENU, exit, ID_EXIT);
     Bind(wxEVT_BUTTON, exit, ID_EXIT);

@@ -14,14 +14,18 @@
 namespace
 {
 const char* const LOOK = "Look at the Message Window for more details.\n";
-const char* const GRID_WILDCARD = "F2G grid (*.f2g)|*.f2g|GSLIB grid (*.gslib)|*.gslib|Plain ascii grid (*.txt)|*.txt";
+const char* const GRID_WILDCARD =
+    "F2G grid (*.f2g)|*.f2g|GSLIB grid (*.gslib)|*.gslib|Plain ascii grid (*.txt)|*.txt";
 const double UNDEFINED = 1e30;
 
 // The grid format a file name asks for: F2G unless its suffix names another.
 int grid_format(const std::string& path)
 {
     const auto ends = [&path](const std::string& suffix)
-    { return path.size() >= suffix.size() && path.compare(path.size() - suffix.size(), suffix.size(), suffix) == 0; };
+    {
+        return path.size() >= suffix.size() &&
+               path.compare(path.size() - suffix.size(), suffix.size(), suffix) == 0;
+    };
     if (ends(".gslib") || ends(".gs"))
         return GRID_FORMAT_GSLIB;
     if (ends(".txt") || ends(".asc"))
@@ -43,8 +47,8 @@ bool MainFrame::export_ready()
     return false;
 }
 
-bool MainFrame::ask_export_path(const std::string& title, const std::string& wildcard, const std::string& name,
-                                std::string& path)
+bool MainFrame::ask_export_path(const std::string& title, const std::string& wildcard,
+                                const std::string& name, std::string& path)
 {
     if (!dialogs().askSaveFile(title, wildcard, name, path))
         return false;
@@ -57,10 +61,10 @@ void MainFrame::export_done(bool good, const std::string& path)
     end_progress();
     if (good)
     {
-        tracer()->trace("Saved " + path, TRACE_INFO);
+        tracer()->info("Saved " + path);
         return;
     }
-    tracer()->trace("Cannot write " + path + "\n" + _simulator->getLastMessage(), TRACE_ERROR);
+    tracer()->error("Cannot write " + path + "\n" + _simulator->getLastMessage());
     show_message("Error!", "Error: Cannot write " + path + "\n" + LOOK);
 }
 
@@ -76,8 +80,8 @@ void MainFrame::save_topo(wxCommandEvent&)
 void MainFrame::save_extra_topo(wxCommandEvent&)
 {
     std::string path;
-    if (!export_ready() ||
-        !ask_export_path("Export Extrapolated Topography", GRID_WILDCARD, "extrapolated_topography.f2g", path))
+    if (!export_ready() || !ask_export_path("Export Extrapolated Topography", GRID_WILDCARD,
+                                            "extrapolated_topography.f2g", path))
         return;
     const int format = grid_format(path);
     export_done(_simulator->saveExtraTopo(path, format, order_of(format)), path);
@@ -139,13 +143,16 @@ void MainFrame::save_age_horizon(wxCommandEvent&)
         return;
     long age = 0;
     const long current = static_cast<long>(_simulator->getAge());
-    if (!dialogs().askNumber("Export Age Horizon", "Age of the horizon (iteration)", current, 0, current, age))
+    if (!dialogs().askNumber("Export Age Horizon", "Age of the horizon (iteration)", current, 0, current,
+                             age))
         return;
     std::string path;
-    if (!ask_export_path("Export Age Horizon", GRID_WILDCARD, "horizon_" + std::to_string(age) + ".f2g", path))
+    if (!ask_export_path("Export Age Horizon", GRID_WILDCARD, "horizon_" + std::to_string(age) + ".f2g",
+                         path))
         return;
     const int format = grid_format(path);
-    export_done(_simulator->saveAgeHorizon(path, static_cast<unsigned int>(age), format, order_of(format)), path);
+    export_done(_simulator->saveAgeHorizon(path, static_cast<unsigned int>(age), format, order_of(format)),
+                path);
 }
 
 void MainFrame::save_simu(wxCommandEvent&)
@@ -165,9 +172,9 @@ void MainFrame::save_simu(wxCommandEvent&)
     std::string path;
     if (!ask_export_path("Export 3D Simulation Block", "F2G block (*.f2g)|*.f2g", "simulation.f2g", path))
         return;
-    export_done(_simulator->saveSimuF2G(path, dz, true, true, true, UNDEFINED, UNDEFINED,
-                                        order_of(GRID_FORMAT_F2G)),
-                path);
+    export_done(
+        _simulator->saveSimuF2G(path, dz, true, true, true, UNDEFINED, UNDEFINED, order_of(GRID_FORMAT_F2G)),
+        path);
 }
 
 void MainFrame::save_well(wxCommandEvent&)

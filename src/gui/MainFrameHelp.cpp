@@ -38,7 +38,8 @@ void MainFrame::on_users_guide(wxCommandEvent&)
 {
     const std::string path = users_guide_path();
     if (path.empty())
-        show_message("Warning!", "Warning: The user's guide USERS_GUIDE.md was not found beside the program.");
+        show_message("Warning!",
+                     "Warning: The user's guide USERS_GUIDE.md was not found beside the program.");
     else if (!dialogs().openDocument(path))
         show_message("Warning!", "Warning: No viewer could open the user's guide " + path + ".");
 }
@@ -52,16 +53,18 @@ void MainFrame::on_license(wxCommandEvent&)
 
 void MainFrame::on_cite(wxCommandEvent&)
 {
-    show_message("Information!", "Sarvo " + parameters()->getFullVersion() +
-                                     ", a process-based stochastic simulator of the deposits of meandering "
-                                     "channels.\nPlease cite the version and the seed of the runs you publish.");
+    show_message("Information!",
+                 "Sarvo " + parameters()->getFullVersion() +
+                     ", a process-based stochastic simulator of the deposits of meandering "
+                     "channels.\nPlease cite the version and the seed of the runs you publish.");
 }
 
 void MainFrame::on_register(wxCommandEvent&)
 {
-    show_message("Information!", "There is no licence server to register with: every feature is available and "
-                                 "this copy runs in the " +
-                                     tier_text(*parameters()) + " tier.");
+    show_message("Information!",
+                 "There is no licence server to register with: every feature is available and "
+                 "this copy runs in the " +
+                     tier_text(*parameters()) + " tier.");
 }
 
 void MainFrame::on_about(wxCommandEvent&)

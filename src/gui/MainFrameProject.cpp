@@ -72,7 +72,7 @@ bool MainFrame::open_temp_project()
     fs::create_directories(parent, ec);
     if (alloc_project(parent, "", true))
         return true;
-    tracer()->trace("Cannot open default temporary project.Please unlock folder " + parent, TRACE_ERROR);
+    tracer()->error("Cannot open default temporary project.Please unlock folder " + parent);
     show_message("Error!", std::string("Error: Could not run program!\n") + LOOK);
     return false;
 }
@@ -82,7 +82,8 @@ bool MainFrame::project_replacement_confirmed()
     if (!_paused)
         pause_function();
     return _simulator->getAge() == 0 ||
-           ask_confirm("The current simulation will not be saved in the current project.\nDo you want to continue ?");
+           ask_confirm(
+               "The current simulation will not be saved in the current project.\nDo you want to continue ?");
 }
 
 void MainFrame::new_project(wxCommandEvent&)
@@ -149,7 +150,7 @@ std::vector<std::string> MainFrame::get_recent_projects() const
 void MainFrame::save_recent_projects(const std::string& path)
 {
     if (!RegistryUtility::save_recent_projects(path))
-        tracer()->trace("Cannot write the settings file " + RegistryUtility::settingsPath(), TRACE_WARNING);
+        tracer()->warning("Cannot write the settings file " + RegistryUtility::settingsPath());
     update_recent_history();
 }
 
@@ -166,8 +167,8 @@ void MainFrame::update_recent_history()
     while (_recentMenu->GetMenuItemCount() > 0)
         _recentMenu->Destroy(_recentMenu->FindItemByPosition(0));
     _recent = get_recent_projects();
-    for (size_t index = 0; index < _recent.size() && ID_RECENT_FIRST + static_cast<int>(index) <= ID_RECENT_LAST;
-         index++)
+    for (size_t index = 0;
+         index < _recent.size() && ID_RECENT_FIRST + static_cast<int>(index) <= ID_RECENT_LAST; index++)
         _recentMenu->Append(ID_RECENT_FIRST + static_cast<int>(index), wxString::FromUTF8(_recent[index]));
 }
 
@@ -186,7 +187,8 @@ void MainFrame::save_project(wxCommandEvent& event)
     if (event.GetId() == ID_SAVE_PROJECT_AS || _project->getParentPath() == temp_project_parent())
         save_project_as();
     else if (save_current())
-        show_message("Information!", "Project saved at iteration " + std::to_string(_simulator->getAge()) + ".");
+        show_message("Information!",
+                     "Project saved at iteration " + std::to_string(_simulator->getAge()) + ".");
     set_lock();
     set_title();
 }
@@ -239,8 +241,9 @@ void MainFrame::forward_project(wxCommandEvent&)
         return;
     }
     if (!_project->loadNext())
-        show_message("Warning!",
-                     "Warning: You have reached the last sequence or the next sequence seems to be corrupted.");
+        show_message(
+            "Warning!",
+            "Warning: You have reached the last sequence or the next sequence seems to be corrupted.");
     after_project_change();
 }
 
@@ -258,8 +261,9 @@ void MainFrame::launch_journal(wxCommandEvent&)
         return;
     _project->setInputJournal(path);
     if (!_project->readInitFromInputJnl())
-        show_message("Error!",
-                     "Journal file seems to be corrupted. Please, look at sample journal files in data directory!");
+        show_message(
+            "Error!",
+            "Journal file seems to be corrupted. Please, look at sample journal files in data directory!");
     update_interface_parameters();
     set_lock();
     summary();

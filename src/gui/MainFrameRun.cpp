@@ -58,14 +58,14 @@ void MainFrame::launch(uint32_t until)
             return;
         if (!_project->initSimulator(parameters()->getParamInt("SIM_SEED")))
         {
-            tracer()->trace("Cannot initialize simulator", TRACE_ERROR);
+            tracer()->error("Cannot initialize simulator");
             show_message("Error!", std::string("Error: Cannot initialize simulator.\n") + LOOK);
             reset();
             return;
         }
         if (!_project->save())
         {
-            tracer()->trace("Cannot save iteration 0 of project", TRACE_ERROR);
+            tracer()->error("Cannot save iteration 0 of project");
             show_message("Error!", std::string("Error: Cannot save initial parameters.\n") + LOOK);
             reset();
             return;
@@ -75,7 +75,7 @@ void MainFrame::launch(uint32_t until)
         return;
     if (!_project->newSequence())
     {
-        tracer()->trace("Cannot prepare new sequence of iteration", TRACE_ERROR);
+        tracer()->error("Cannot prepare new sequence of iteration");
         _batchMode = false;
         set_lock();
         set_status();
@@ -101,12 +101,13 @@ void MainFrame::idle_round()
         n = std::min<unsigned int>(n, _untilIteration > age ? _untilIteration - age : 0);
     const auto start = std::chrono::steady_clock::now();
     const int code = _project->launch(n);
-    _lastRoundMs = std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
+    _lastRoundMs =
+        std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
     if (tracer()->traceLevel(TRACE_DEBUG))
     {
         std::ostringstream text;
         text << "Idle round: " << n << " iterations in " << _lastRoundMs << " ms";
-        tracer()->trace(text.str(), TRACE_DEBUG);
+        tracer()->debug(text.str());
     }
     if (code == Project::LAUNCH_RUN_ENDED)
         pause_function();
@@ -116,7 +117,8 @@ void MainFrame::idle_round()
         {
             pause_function();
             if (!_batchMode)
-                show_message("Information!", "Current sequence has stopped:\n" + _simulator->getLastMessage());
+                show_message("Information!",
+                             "Current sequence has stopped:\n" + _simulator->getLastMessage());
         }
         else if (_untilIteration == 0 || _simulator->getAge() < _untilIteration)
         {
@@ -171,11 +173,12 @@ void MainFrame::end_sequence()
         panel->updateParams();
     if (ParameterPanel* panel = panel_of("Equilibrium Profile"))
         panel->updateParams();
-    if ((_sequenceMode || _batchMode) && _project->isInputJournalActive() && !_project->readSequenceFromInputJnl())
+    if ((_sequenceMode || _batchMode) && _project->isInputJournalActive() &&
+        !_project->readSequenceFromInputJnl())
     {
         // A batch ends at its journal's end with no box.
         if (_batchMode)
-            tracer()->trace("No further sequence in the journal file.", TRACE_INFO);
+            tracer()->info("No further sequence in the journal file.");
         else
             show_message("Warning!", "Warning: No further sequence in the journal file.");
     }
@@ -211,7 +214,8 @@ void MainFrame::on_launch_until(wxCommandEvent&)
         return;
     long until = 0;
     const long age = static_cast<long>(_simulator->getAge());
-    if (!dialogs().askNumber("Launch Until", "Launch until iteration", age + _refreshPeriod, 0, 100000000, until))
+    if (!dialogs().askNumber("Launch Until", "Launch until iteration", age + _refreshPeriod, 0, 100000000,
+                             until))
         return;
     if (until <= age)
     {
@@ -275,7 +279,8 @@ void MainFrame::on_reset(wxCommandEvent&)
     if (!_paused)
         return;
     if (_simulator->getAge() > 0 &&
-        !ask_confirm("The current simulation will not be saved in the current project.\nDo you want to reset it ?"))
+        !ask_confirm(
+            "The current simulation will not be saved in the current project.\nDo you want to reset it ?"))
         return;
     reset();
 }
@@ -293,7 +298,8 @@ void MainFrame::reset()
         _project->getIterList(saved);
         const bool replay = !saved.empty() && _project->turnCurrentJnlIntoInputJnl();
         if (!saved.empty() && !replay)
-            show_message("Warning!", "Warning: Could not turn the Current Journal File into Input Journal File!");
+            show_message("Warning!",
+                         "Warning: Could not turn the Current Journal File into Input Journal File!");
         _project->reset();
         // The next launch repeats the sequences of the journal just kept.
         if (replay)
@@ -331,7 +337,8 @@ void MainFrame::on_close(wxCloseEvent& event)
     if (!_paused)
         pause_function();
     if (event.CanVeto() && _simulator->getAge() > 0 &&
-        !ask_confirm("The current simulation will not be saved in the current project.\nDo you want to quit ?"))
+        !ask_confirm(
+            "The current simulation will not be saved in the current project.\nDo you want to quit ?"))
     {
         event.Veto();
         return;

@@ -25,7 +25,7 @@ void ParameterPanel::add_group(wxWindow* parent, wxSizer* sizer, const Parameter
     ParameterRows* rows = _groups.back().get();
     auto* box = new wxStaticBoxSizer(wxVERTICAL, parent, wxString::FromUTF8(rows->groupName()));
     auto* grid = new wxFlexGridSizer(4, wxSize(10, 3));
-    grid->AddGrowableCol(0);
+    grid->AddGrowableCol(3);
     wxWindow* owner = box->GetStaticBox();
     for (size_t index = 0; index < rows->rows().size(); index++)
     {
@@ -34,7 +34,12 @@ void ParameterPanel::add_group(wxWindow* parent, wxSizer* sizer, const Parameter
         auto* label = new wxStaticText(owner, wxID_ANY, indent + wxString::FromUTF8(row.label));
         if (row.heading)
         {
-            label->SetFont(label->GetFont().Bold());
+            // Markup, so that the label is measured in bold.
+            wxString text = indent + wxString::FromUTF8(row.label);
+            text.Replace("&", "&amp;");
+            text.Replace("<", "&lt;");
+            text.Replace(">", "&gt;");
+            label->SetLabelMarkup("<b>" + text + "</b>");
             grid->Add(label, 0, wxALIGN_CENTER_VERTICAL | wxTOP, 4);
             for (int column = 0; column < 3; column++)
                 grid->AddSpacer(0);
@@ -47,12 +52,13 @@ void ParameterPanel::add_group(wxWindow* parent, wxSizer* sizer, const Parameter
             control = new wxTextCtrl(owner, wxID_ANY, "", wxDefaultPosition, wxSize(110, -1));
         if (!row.name.empty())
             control->SetName(wxString::FromUTF8(row.name));
-        _entries.push_back({rows, index, control});
+        auto* range = new wxStaticText(owner, wxID_ANY, wxString::FromUTF8(rows->rangeText(*_params, index)));
+        _entries.push_back({rows, index, control, range});
         grid->Add(label, 0, wxALIGN_CENTER_VERTICAL);
         grid->Add(control, 0, wxALIGN_CENTER_VERTICAL);
-        grid->Add(new wxStaticText(owner, wxID_ANY, wxString::FromUTF8(row.unit)), 0, wxALIGN_CENTER_VERTICAL);
-        grid->Add(new wxStaticText(owner, wxID_ANY, wxString::FromUTF8(rows->rangeText(*_params, index))), 0,
+        grid->Add(new wxStaticText(owner, wxID_ANY, wxString::FromUTF8(row.unit)), 0,
                   wxALIGN_CENTER_VERTICAL);
+        grid->Add(range, 0, wxALIGN_CENTER_VERTICAL);
     }
     box->Add(grid, 0, wxEXPAND | wxALL, 4);
     sizer->Add(box, 0, wxEXPAND | wxALL, 6);
@@ -67,6 +73,7 @@ void ParameterPanel::updateParams()
             check->SetValue(text == "1");
         else if (auto* edit = dynamic_cast<wxTextCtrl*>(entry.control))
             edit->ChangeValue(wxString::FromUTF8(text));
+        entry.range->SetLabel(wxString::FromUTF8(entry.rows->rangeText(*_params, entry.row)));
     }
 }
 

@@ -22,11 +22,11 @@ bool WxUserDialogs::askYesNo(const std::string& title, const std::string& questi
                         _parent) == wxYES;
 }
 
-bool WxUserDialogs::askNumber(const std::string& title, const std::string& prompt, long value, long min, long max,
-                              long& answer)
+bool WxUserDialogs::askNumber(const std::string& title, const std::string& prompt, long value, long min,
+                              long max, long& answer)
 {
-    const long number = wxGetNumberFromUser(wxString::FromUTF8(prompt), "", wxString::FromUTF8(title), value, min,
-                                            max, _parent);
+    const long number = wxGetNumberFromUser(wxString::FromUTF8(prompt), "", wxString::FromUTF8(title), value,
+                                            min, max, _parent);
     if (number < 0)
         return false;
     answer = number;
@@ -50,8 +50,8 @@ bool WxUserDialogs::askChoice(const std::string& title, const std::string& promp
     wxArrayString texts;
     for (const std::string& choice : choices)
         texts.Add(wxString::FromUTF8(choice));
-    const int chosen = wxGetSingleChoiceIndex(wxString::FromUTF8(prompt), wxString::FromUTF8(title), texts, 0,
-                                              _parent);
+    const int chosen =
+        wxGetSingleChoiceIndex(wxString::FromUTF8(prompt), wxString::FromUTF8(title), texts, 0, _parent);
     if (chosen < 0)
         return false;
     answer = chosen;
@@ -68,8 +68,8 @@ bool WxUserDialogs::askOpenFile(const std::string& title, const std::string& wil
     return true;
 }
 
-bool WxUserDialogs::askSaveFile(const std::string& title, const std::string& wildcard, const std::string& name,
-                                std::string& path)
+bool WxUserDialogs::askSaveFile(const std::string& title, const std::string& wildcard,
+                                const std::string& name, std::string& path)
 {
     wxFileDialog dialog(_parent, wxString::FromUTF8(title), "", wxString::FromUTF8(name),
                         wxString::FromUTF8(wildcard), wxFD_SAVE | wxFD_OVERWRITE_PROMPT);

@@ -15,13 +15,19 @@ bool fixed_at_start(const ParameterDeclaration* declaration)
     return declaration != nullptr && (declaration->geometry || std::string(declaration->name) == "SIM_SEED");
 }
 
-// Shortest text that reads back to the same double.
+// A short text that reads back to the same double, so that a value the
+// panel only shows comes back to the registry unchanged.
 std::string real_text(double value)
 {
-    std::ostringstream out;
-    out.precision(15);
-    out << value;
-    return out.str();
+    for (int precision = 15; precision <= 17; precision++)
+    {
+        std::ostringstream out;
+        out.precision(precision);
+        out << value;
+        if (std::strtod(out.str().c_str(), nullptr) == value || precision == 17)
+            return out.str();
+    }
+    return "";
 }
 
 bool parse_number(const std::string& text, bool integer, double& value)
@@ -96,8 +102,10 @@ bool ParameterRows::bounds(const iParameters& params, const ParameterRow& row, d
     switch (row.kind)
     {
     case JournalEntry::INTEGER:
-        min = entry.index < 0 ? params.getParamMinInt(row.name) : params.getParamMinIntIdx(row.name, entry.index);
-        max = entry.index < 0 ? params.getParamMaxInt(row.name) : params.getParamMaxIntIdx(row.name, entry.index);
+        min = entry.index < 0 ? params.getParamMinInt(row.name)
+                              : params.getParamMinIntIdx(row.name, entry.index);
+        max = entry.index < 0 ? params.getParamMaxInt(row.name)
+                              : params.getParamMaxIntIdx(row.name, entry.index);
         return true;
     case JournalEntry::REAL:
         min = params.getParamMinDouble(row.name);
@@ -115,10 +123,12 @@ std::string ParameterRows::rangeText(const iParameters& params, size_t row) cons
     double max = 0.;
     if (!bounds(params, r, min, max))
         return "";
-    return ParameterDeclarations::rangeText(r.kind == JournalEntry::INTEGER ? PARAM_INT : PARAM_REAL, min, max);
+    return ParameterDeclarations::rangeText(r.kind == JournalEntry::INTEGER ? PARAM_INT : PARAM_REAL, min,
+                                            max);
 }
 
-bool ParameterRows::apply(iParameters& params, size_t row, const std::string& text, std::string& message) const
+bool ParameterRows::apply(iParameters& params, size_t row, const std::string& text,
+                          std::string& message) const
 {
     const ParameterRow& r = _rows.at(row);
     if (r.heading)
