@@ -40,6 +40,7 @@ public:
     // The command line was read before the toolkit started.
     bool OnInit() override
     {
+        delete wxLog::SetActiveTarget(new wxLogGui);
         init_glut();
         wxInitAllImageHandlers();
         {
@@ -97,6 +98,22 @@ private:
 
 int runDesktop(iSimulator* simulator, int argc, char** argv, bool noSplash)
 {
+    // Without a display the toolkit would abort while telling so.
+    const char* x11 = std::getenv("DISPLAY");
+    const char* wayland = std::getenv("WAYLAND_DISPLAY");
+    if ((x11 == nullptr || *x11 == '\0') && (wayland == nullptr || *wayland == '\0'))
+    {
+        simulator->getTracer()->error(
+            "The desktop application needs a display (DISPLAY is not set): run a batch "
+            "file with -b <file>, or start it under X.");
+        return 3;
+    }
+    // Until the toolkit is up its complaints go to standard error: a box
+    // about a display that cannot be opened would abort the program.
+    wxLogStderr* early = new wxLogStderr;
+    delete wxLog::SetActiveTarget(early);
     wxApp::SetInstance(new DesktopApp(simulator, noSplash));
-    return wxEntry(argc, argv);
+    // The toolkit says itself when there is no display; nothing was run then.
+    const int status = wxEntry(argc, argv);
+    return status == 0 ? 0 : 3;
 }

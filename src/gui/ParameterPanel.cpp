@@ -8,7 +8,8 @@
 
 ParameterPanel::ParameterPanel(wxWindow* parent, iParameters* params,
                                const std::vector<const ParameterGroup*>& groups)
-    : wxScrolledWindow(parent, wxID_ANY), _params(params)
+    // A size from the start: GTK complains of scrollbars laid out in nothing.
+    : wxScrolledWindow(parent, wxID_ANY, wxDefaultPosition, wxSize(600, 400)), _params(params)
 {
     auto* sizer = new wxBoxSizer(wxVERTICAL);
     for (const ParameterGroup* group : groups)
