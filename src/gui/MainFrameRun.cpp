@@ -130,9 +130,9 @@ void MainFrame::idle_round()
     }
     else
     {
+        // The project has shown its error in a box already.
         _batchMode = false;
         pause_function();
-        show_message("Error!", _project->getLastMessage());
         if (_simulator->getAge() == 0)
             reset();
         refresh(true);
