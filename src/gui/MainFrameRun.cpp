@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <filesystem>
 #include <sstream>
 
 namespace
@@ -294,15 +295,16 @@ void MainFrame::reset()
     _untilIteration = 0;
     if (_project != nullptr)
     {
-        std::vector<unsigned int> saved;
-        _project->getIterList(saved);
-        const bool replay = !saved.empty() && _project->turnCurrentJnlIntoInputJnl();
-        if (!saved.empty() && !replay)
+        // A second reset finds the journal already turned: it is kept.
+        std::error_code ec;
+        const bool journal = std::filesystem::exists(_project->getJournalPath(), ec);
+        const bool replay = journal && _project->turnCurrentJnlIntoInputJnl();
+        if (journal && !replay)
             show_message("Warning!",
                          "Warning: Could not turn the Current Journal File into Input Journal File!");
         _project->reset();
-        // The next launch repeats the sequences of the journal just kept.
-        if (replay)
+        // The next launch repeats the sequences of the input journal from its start.
+        if (replay || _project->isInputJournalActive())
             _project->readInitFromInputJnl();
     }
     else

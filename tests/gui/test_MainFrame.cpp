@@ -271,6 +271,11 @@ TEST_F(Desktop, LocksFollowTheStateOfTheRun)
     EXPECT_TRUE(contains(frame->GetStatusBar()->GetStatusText(0).utf8_string(), "Iteration: 10"));
     command(frame, MainFrame::ID_RESET);
     check({"reset", true, false, true, true, true, false});
+    // A second reset keeps the journal the first one turned into the input.
+    user.boxes.clear();
+    command(frame, MainFrame::ID_RESET);
+    EXPECT_TRUE(user.boxes.empty()) << user.all();
+    EXPECT_EQ(10, frame->project()->getNextSequenceIterations());
 }
 
 TEST_F(Desktop, PanelsWriteTheRegistryAndRefuseBadEntries)
