@@ -157,7 +157,7 @@ int Main::closingStatus()
 int Main::runDesktop(int argc, char** argv)
 {
 #ifdef SARVO_WITH_GUI
-    return ::runDesktop(argc, argv);
+    return ::runDesktop(_simulator, argc, argv, _no_splash);
 #else
     (void)argc;
     (void)argv;

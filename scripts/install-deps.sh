@@ -15,8 +15,9 @@ if [ "${SARVO_PYTHON:-ON}" != "OFF" ]; then
              python3-distributed xvfb xauth)
 fi
 if [ "${SARVO_GUI:-ON}" != "OFF" ]; then
-  # The GUI tests draw on a virtual display.
-  packages+=(libwxgtk3.2-dev libgl1-mesa-dev libglu1-mesa-dev freeglut3-dev xvfb xauth)
+  packages+=(libwxgtk3.2-dev libgl1-mesa-dev libglu1-mesa-dev freeglut3-dev)
+  # The desktop's tests run under a virtual display with Mesa's software OpenGL.
+  packages+=(xvfb xauth libgl1-mesa-dri)
 fi
 
 missing=()

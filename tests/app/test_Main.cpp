@@ -233,5 +233,13 @@ TEST(Main, ExitStatusesOfTheProgram)
         EXPECT_LE(occurrences(trace, "Error while computing discretization"), 1u) << row.what;
         EXPECT_LE(occurrences(trace, "The upper limit was not reached"), 1u) << row.what;
     }
+    // Without a display the desktop path refuses in words, whether the build
+    // has a desktop or not: nothing was run.
+    const std::string desktop = "cd " + dir.path().string() + " && env -u DISPLAY -u WAYLAND_DISPLAY " +
+                                SARVO_EXECUTABLE + " -s > trace.txt 2>&1";
+    const int raw = std::system(desktop.c_str());
+    ASSERT_TRUE(WIFEXITED(raw));
+    EXPECT_EQ(3, WEXITSTATUS(raw)) << read_file(dir.file("trace.txt"));
+    EXPECT_NE(read_file(dir.file("trace.txt")).find("desktop application"), std::string::npos);
 }
 #endif
