@@ -18,6 +18,7 @@
 #include <vector>
 
 class DomainParameters;
+class PlotData;
 class iSimulator;
 class iParameters;
 class iUserDialogs;
@@ -240,6 +241,11 @@ private:
     void compute_well_histo_cumul(wxCommandEvent&);
     void compute_stacond(wxCommandEvent&);
     void not_available_yet(const wxString& what);
+    bool ask_tool_step(const std::string& title, double& step);
+    void show_tool(const std::string& title, bool computed, const PlotData& plot, const std::string& error);
+    void run_step_tool(const std::string& title,
+                       bool (*tool)(const iSimulator&, double, PlotData&, std::string&));
+    void run_whole_tool(const std::string& title, bool (*tool)(const iSimulator&, PlotData&, std::string&));
 
     // Help (MainFrameHelp.cpp)
     void on_users_guide(wxCommandEvent&);

@@ -10,7 +10,7 @@
 #include "interface/iChannel.h"
 #include "interface/iParameters.h"
 #include "interface/iSimulator.h"
-#include "kernel/Simulator.h"
+#include "kernel/driver/Simulator.h"
 
 #include <wx/button.h>
 #include <wx/menu.h>

@@ -6,7 +6,7 @@
 #include "gui/Project.h"
 #include "gui/iUserDialogs.h"
 #include "interface/iSimulator.h"
-#include "kernel/GridReal.h"
+#include "kernel/files/GridReal.h"
 
 #include <cstdlib>
 #include <sstream>

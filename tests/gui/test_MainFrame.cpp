@@ -13,7 +13,7 @@
 #include "interface/iParameters.h"
 #include "interface/iSimulator.h"
 #include "interface/iTracer.h"
-#include "kernel/NewJournalFile.h"
+#include "kernel/batch/NewJournalFile.h"
 
 #include <wx/menu.h>
 #include <wx/notebook.h>

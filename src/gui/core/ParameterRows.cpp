@@ -1,7 +1,7 @@
 #include "gui/ParameterRows.h"
 
 #include "interface/iParameters.h"
-#include "kernel/ParameterDeclarations.h"
+#include "kernel/parameters/ParameterDeclarations.h"
 
 #include <cerrno>
 #include <cmath>
