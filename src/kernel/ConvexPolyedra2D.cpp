@@ -145,13 +145,19 @@ void ConvexPolyedra2D::find_points_with_integer_coordinates_inside(std::vector<P
             if (e.horizontal)
             {
                 if (std::fabs(y - e.y1) <= ON_HORIZONTAL_EDGE_TOLERANCE)
-                    row[active++] = RowEdge{true, false, std::min(e.x1, e.x2), std::max(e.x1, e.x2), 0., 0., 0.};
+                    row[active++] =
+                        RowEdge{true, false, std::min(e.x1, e.x2), std::max(e.x1, e.x2), 0., 0., 0.};
                 continue;
             }
             if (y < std::min(e.y1, e.y2) || y > std::max(e.y1, e.y2))
                 continue;
             const double x_edge = e.x1 + (y - e.y1) * e.slope;
-            row[active++] = RowEdge{false, (e.y1 > y) != (e.y2 > y), 0., 0., x_edge, std::fabs(e.x1),
+            row[active++] = RowEdge{false,
+                                    (e.y1 > y) != (e.y2 > y),
+                                    0.,
+                                    0.,
+                                    x_edge,
+                                    std::fabs(e.x1),
                                     (std::fabs(e.y1) + std::fabs(y)) * std::fabs(e.slope)};
         }
         auto included = [&](double x)

@@ -340,45 +340,51 @@ bool Domain::save_simu(const std::string& file, int format, double dz, int imin,
     RegularBlock block;
     if (!getRegularBlock(imin, imax, jmin, jmax, dz, zmin, zmax, block))
         return false;
-    const std::vector<unsigned char>& vfacies = block.facies;
-    const std::vector<uint32_t>& vage = block.age;
-    const std::vector<double>& vgrain = block.grain;
+    std::vector<unsigned char>& vfacies = block.facies;
+    std::vector<uint32_t>& vage = block.age;
+    std::vector<double>& vgrain = block.grain;
     const int nv = block.nx() * block.ny() * block.nz();
     const GridParams& geometry = block.geometry;
 
+    // Each grid is filled straight from the block (as fill_zyx would, in the
+    // same order), and each part of the block is let go once its grid holds
+    // it: a block is the largest thing a run allocates.
     std::vector<GridReal> grids;
     grids.reserve(3);
-    auto add_grid = [&](const std::string& name, const std::vector<double>& values)
+    auto add_grid = [&](const std::string& name, auto value_at)
     {
         grids.emplace_back(geometry);
-        grids.back().setName(name);
-        grids.back().setUndefinedText(undefined);
-        grids.back().fill_zyx(nv, values.data());
+        GridReal& grid = grids.back();
+        grid.setName(name);
+        grid.setUndefinedText(undefined);
+        const int nx = grid.getNx();
+        const int ny = grid.getNy();
+        const int nz = grid.getNz();
+        MP_ASSERT(nv == nx * ny * nz);
+        size_t n = 0;
+        for (int i = 0; i < nx; ++i)
+            for (int j = 0; j < ny; ++j)
+                for (int k = 0; k < nz; ++k, ++n)
+                    grid.set_at(i, j, k, vfacies[n] == VOID_SAMPLE_FACIES ? MP_UNDEF_REAL : value_at(n));
     };
-    auto value_or_undefined = [&](size_t k, double value)
-    { return vfacies[k] == VOID_SAMPLE_FACIES ? MP_UNDEF_REAL : value; };
-    std::vector<double> values(static_cast<size_t>(nv));
     if (facies)
     {
         MP_ASSERT_TEXT(static_cast<int>(vfacies.size()) == nv, "(MP_int)vfacies.size() == nv");
-        for (size_t k = 0; k < values.size(); ++k)
-            values[k] = value_or_undefined(k, Facies::family(vfacies[k]));
-        add_grid("Facies", values);
+        add_grid("Facies", [&](size_t k) { return static_cast<double>(Facies::family(vfacies[k])); });
     }
     if (grain)
     {
         MP_ASSERT_TEXT(static_cast<int>(vgrain.size()) == nv, "(MP_int)vgrain.size() == nv");
-        for (size_t k = 0; k < values.size(); ++k)
-            values[k] = value_or_undefined(k, vgrain[k]);
-        add_grid("Grain Size", values);
+        add_grid("Grain Size", [&](size_t k) { return vgrain[k]; });
     }
+    std::vector<double>().swap(vgrain);
     if (age)
     {
         MP_ASSERT_TEXT(static_cast<int>(vage.size()) == nv, "(MP_int)vage.size() == nv");
-        for (size_t k = 0; k < values.size(); ++k)
-            values[k] = value_or_undefined(k, vage[k]);
-        add_grid("Age", values);
+        add_grid("Age", [&](size_t k) { return static_cast<double>(vage[k]); });
     }
+    std::vector<uint32_t>().swap(vage);
+    std::vector<unsigned char>().swap(vfacies);
     if (grids.empty())
     {
         error("Error in saveSimu!");

@@ -44,4 +44,3 @@ std::string Point2D::debug() const
     text << std::setprecision(12) << "(" << _x << ", " << _y << ")";
     return text.str();
 }
-
