@@ -161,16 +161,16 @@ bool AggradInfo::add(const AggradInfo& feeder, AggradInfo& sum)
     MP_ASSERT_TEXT(status == 0, "mean.status == 0");
     MP_ASSERT_TEXT(feeder.status != -1, "feeder.status != -1");
     MP_ASSERT_TEXT(feeder.dch < dch, "feeder.dch < dch");
+    // Most offers fail on thickness alone: they are turned down before any copy.
+    const double source_th = feeder.zmax - z;
+    if (feeder.status == -2 ? source_th < min_th : feeder.th < min_th)
+        return false;
     AggradInfo fi = feeder;
     if (feeder.status == -2)
     {
-        fi.thmax = fi.th = feeder.zmax - z;
+        fi.thmax = fi.th = source_th;
         fi.status = 0;
-        if (fi.th < min_th)
-            return false;
     }
-    else if (feeder.th < min_th)
-        return false;
 
     const double delta = feeder.dch - dch;
     fi.decrease(delta);
