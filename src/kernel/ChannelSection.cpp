@@ -307,13 +307,15 @@ void Channel::collect_grid_points(const GridParams& geom, std::vector<ChannelGri
         {
             const Point2D position =
                 Point2D(cell.first * geom.getDx(), cell.second * geom.getDy()) + geom.getOrigin();
-            ChannelGridPoint point(_mc);
-            point.ix = cell.first;
-            point.iy = cell.second;
             // One fraction along the segment serves every field (the *_at_point helpers
             // would each compute it again).
             const double t = clamp01(norm_proj_new(position, prev, cp));
-            point.z = mix(prev->get_elevation(), cp->get_elevation(), t);
+            const double z = mix(prev->get_elevation(), cp->get_elevation(), t);
+            // Built in place: a grid point carries a whole flow.
+            ChannelGridPoint& point = out.emplace_back(_mc);
+            point.ix = cell.first;
+            point.iy = cell.second;
+            point.z = z;
             if (full)
             {
                 point.bed = mix(prev->get_elevation(), cp->get_elevation(), t) -
@@ -324,7 +326,6 @@ void Channel::collect_grid_points(const GridParams& geom, std::vector<ChannelGri
                 const double s = static_cast<double>(get_side(*prev, *cp, position));
                 point.side = s * c < 0. ? 1 : (s * c > 0. ? -1 : 0);
             }
-            out.push_back(point);
         }
     }
 }
