@@ -362,7 +362,8 @@ void Channel::update_section(Domain* domain, MassBalance* mb, const ChannelPoint
 {
     const bool ghost = facies == facies_of(HemipelagicPlug::_fd, PLUG_CLASS);
     const SectionFrame frame(cp1, cp2);
-    std::vector<std::pair<int, int>> cells;
+    // Kept between calls: every section of every iteration comes here.
+    static thread_local std::vector<std::pair<int, int>> cells;
     find_grid_points_for_section(cp1, cp2, *domain, cells);
     for (const auto& cell : cells)
     {
