@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <climits>
 #include <cmath>
+#include <memory>
 #include <sstream>
 
 namespace
@@ -347,54 +348,59 @@ bool Domain::save_simu(const std::string& file, int format, double dz, int imin,
     const GridParams& geometry = block.geometry;
 
     // Each grid is filled straight from the block (as fill_zyx would, in the
-    // same order), and each part of the block is let go once its grid holds
-    // it: a block is the largest thing a run allocates.
-    std::vector<GridReal> grids;
-    grids.reserve(3);
-    auto add_grid = [&](const std::string& name, auto value_at)
+    // same order), the largest part of the block first, and each part is let
+    // go once its grid holds it: a block is the largest thing a run allocates.
+    // The file keeps the order facies, grain size, age.
+    std::unique_ptr<GridReal> slots[3];
+    auto make_grid = [&](const std::string& name, auto value_at)
     {
-        grids.emplace_back(geometry);
-        GridReal& grid = grids.back();
-        grid.setName(name);
-        grid.setUndefinedText(undefined);
-        const int nx = grid.getNx();
-        const int ny = grid.getNy();
-        const int nz = grid.getNz();
+        auto grid = std::make_unique<GridReal>(geometry);
+        grid->setName(name);
+        grid->setUndefinedText(undefined);
+        const int nx = grid->getNx();
+        const int ny = grid->getNy();
+        const int nz = grid->getNz();
         MP_ASSERT(nv == nx * ny * nz);
         size_t n = 0;
         for (int i = 0; i < nx; ++i)
             for (int j = 0; j < ny; ++j)
                 for (int k = 0; k < nz; ++k, ++n)
-                    grid.set_at(i, j, k, vfacies[n] == VOID_SAMPLE_FACIES ? MP_UNDEF_REAL : value_at(n));
+                    grid->set_at(i, j, k, vfacies[n] == VOID_SAMPLE_FACIES ? MP_UNDEF_REAL : value_at(n));
+        return grid;
     };
-    if (facies)
-    {
-        MP_ASSERT_TEXT(static_cast<int>(vfacies.size()) == nv, "(MP_int)vfacies.size() == nv");
-        add_grid("Facies", [&](size_t k) { return static_cast<double>(Facies::family(vfacies[k])); });
-    }
     if (grain)
     {
         MP_ASSERT_TEXT(static_cast<int>(vgrain.size()) == nv, "(MP_int)vgrain.size() == nv");
-        add_grid("Grain Size", [&](size_t k) { return vgrain[k]; });
+        slots[1] = make_grid("Grain Size", [&](size_t k) { return vgrain[k]; });
     }
     std::vector<double>().swap(vgrain);
     if (age)
     {
         MP_ASSERT_TEXT(static_cast<int>(vage.size()) == nv, "(MP_int)vage.size() == nv");
-        add_grid("Age", [&](size_t k) { return static_cast<double>(vage[k]); });
+        slots[2] = make_grid("Age", [&](size_t k) { return static_cast<double>(vage[k]); });
     }
     std::vector<uint32_t>().swap(vage);
+    if (facies)
+    {
+        MP_ASSERT_TEXT(static_cast<int>(vfacies.size()) == nv, "(MP_int)vfacies.size() == nv");
+        slots[0] =
+            make_grid("Facies", [&](size_t k) { return static_cast<double>(Facies::family(vfacies[k])); });
+    }
     std::vector<unsigned char>().swap(vfacies);
+    std::vector<GridReal*> grids;
+    for (const auto& slot : slots)
+        if (slot)
+            grids.push_back(slot.get());
     if (grids.empty())
     {
         error("Error in saveSimu!");
         return false;
     }
     for (size_t k = 1; k < grids.size(); ++k)
-        grids.front().add_variable(&grids[k]);
-    if (!grids.front().write(file, _tracer, format, order))
+        grids.front()->add_variable(grids[k]);
+    if (!grids.front()->write(file, _tracer, format, order))
     {
-        error("Error while writing simulation file:\n" + grids.front().getError());
+        error("Error while writing simulation file:\n" + grids.front()->getError());
         return false;
     }
     return true;
