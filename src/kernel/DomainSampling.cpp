@@ -162,6 +162,15 @@ bool Domain::getRegular(int imin, int imax, int jmin, int jmax, double dz, std::
         age->clear();
     if (granulo != nullptr)
         granulo->clear();
+    // Sized once: grown sample by sample, a block's vectors would hold up to
+    // twice their size, and three times while they move.
+    const size_t samples = static_cast<size_t>(imax - imin + 1) * static_cast<size_t>(jmax - jmin + 1) *
+                           static_cast<size_t>(std::max(n, 0));
+    facies->reserve(samples);
+    if (age != nullptr)
+        age->reserve(samples);
+    if (granulo != nullptr)
+        granulo->reserve(samples);
     for (int i = imin; i <= imax; ++i)
         for (int j = jmin; j <= jmax; ++j)
             getObject(i, j).get_regular(z0, n, dz, facies, age, granulo, true);
