@@ -1,7 +1,7 @@
 // The default fluvial example run whole through the batch reader: the default
 // parameters on the default domain, one seeded sequence up to the upper limit
 // three channel depths above the start, reported as iterations per second,
-// wall time to the limit and peak memory.
+// wall time to the limit, peak memory and peak memory per grid node.
 
 #include "interface/iChannel.h"
 #include "interface/iDomain.h"
@@ -85,6 +85,7 @@ void BM_DefaultExample(benchmark::State& state)
     state.counters["iterations_to_limit"] = iterations / runs;
     state.counters["wall_s_to_limit"] = seconds / runs;
     state.counters["peak_MiB"] = peak_memory_mib();
+    state.counters["bytes/node"] = nx * ny > 0 ? peak_memory_mib() * 1024. * 1024. / (nx * ny) : 0.;
     state.counters["nx"] = nx;
     state.counters["ny"] = ny;
     state.counters["channel_points"] = points;

@@ -3,6 +3,9 @@
 # application tests under AddressSanitizer and UndefinedBehaviorSanitizer.
 set -euo pipefail
 cd "$(dirname "$0")/.."
+# The tests are independent (each regression case works in its own folder):
+# they run on every core.
+jobs="$(nproc)"
 scripts/install-deps.sh
 
 gui="${SARVO_GUI:-ON}"
@@ -13,10 +16,10 @@ python="${SARVO_PYTHON:-ON}"
 cmake -S . -B build -G Ninja -DSARVO_GUI="$gui" -DSARVO_BENCH=ON -DSARVO_PYTHON="$python" \
   -DPython3_EXECUTABLE=/usr/bin/python3
 cmake --build build
-ctest --test-dir build --output-on-failure
+ctest --test-dir build -j"$jobs" --output-on-failure
 
 cmake -S . -B build-asan -G Ninja -DSARVO_GUI=OFF -DSARVO_SANITIZE=ON -DCMAKE_BUILD_TYPE=RelWithDebInfo \
   -DSARVO_PYTHON=OFF
 cmake --build build-asan
 ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1 \
-  ctest --test-dir build-asan --output-on-failure
+  ctest --test-dir build-asan -j"$jobs" --output-on-failure

@@ -5,6 +5,7 @@
 
 #include "kernel/geometry/GridParams.h"
 
+#include <iosfwd>
 #include <string>
 #include <vector>
 
@@ -128,7 +129,9 @@ protected:
     bool write_gslib(const std::string& path, iTracer* tracer);
     bool write_ascii(const std::string& path, iTracer* tracer);
     // Node lines walked by `order`, gathered in `text`; false on a refused order or a cancel.
-    bool write_values(std::string& text, iTracer* tracer, const std::string& order);
+    // With a sink, the text goes to it after each outer layer and is left empty.
+    bool write_values(std::string& text, iTracer* tracer, const std::string& order,
+                      std::ostream* sink = nullptr);
     // Appends the values of one node (this grid's, then its variables'), one line.
     void append_node_line(std::string& text, size_t index) const;
 

@@ -1,6 +1,7 @@
 #pragma once
 // A point (or the components of a vector) in the horizontal plane.
 
+#include <cmath>
 #include <string>
 
 class Point2D
@@ -29,15 +30,36 @@ public:
         _y = y;
     }
 
-    double distance(const Point2D& other) const;
-    double scalar(const Point2D& other) const;
+    // Inline: these sit in the innermost loops of the channel's imprint.
+    double distance(const Point2D& other) const { return std::hypot(_x - other._x, _y - other._y); }
+    double scalar(const Point2D& other) const { return _x * other._x + _y * other._y; }
     // Two-dimensional cross product: x * other.y - y * other.x.
-    double vectorial(const Point2D& other) const;
+    double vectorial(const Point2D& other) const { return _x * other._y - _y * other._x; }
 
-    Point2D& operator+=(const Point2D& other);
-    Point2D& operator-=(const Point2D& other);
-    Point2D& operator*=(double factor);
-    Point2D& operator/=(double divisor);
+    Point2D& operator+=(const Point2D& other)
+    {
+        _x += other._x;
+        _y += other._y;
+        return *this;
+    }
+    Point2D& operator-=(const Point2D& other)
+    {
+        _x -= other._x;
+        _y -= other._y;
+        return *this;
+    }
+    Point2D& operator*=(double factor)
+    {
+        _x *= factor;
+        _y *= factor;
+        return *this;
+    }
+    Point2D& operator/=(double divisor)
+    {
+        _x /= divisor;
+        _y /= divisor;
+        return *this;
+    }
     bool operator==(const Point2D& other) const { return _x == other._x && _y == other._y; }
     bool operator!=(const Point2D& other) const { return !(*this == other); }
 
@@ -47,7 +69,16 @@ public:
     void rotate_pi();
 
     // Shift first, then scale per axis; optionally round half away from zero.
-    void transform(const Point2D& shift, const Point2D& scale, bool round);
+    void transform(const Point2D& shift, const Point2D& scale, bool round)
+    {
+        _x = (_x + shift._x) * scale._x;
+        _y = (_y + shift._y) * scale._y;
+        if (round)
+        {
+            _x = std::round(_x);
+            _y = std::round(_y);
+        }
+    }
     // Counter-clockwise turn about `centre` (angle in radians).
     void rotate(const Point2D& centre, double angle);
     void rotate(const Point2D& centre, double cosine, double sine);
@@ -62,9 +93,36 @@ protected:
     double _y = 0.;
 };
 
-Point2D operator+(const Point2D& a, const Point2D& b);
-Point2D operator-(const Point2D& a, const Point2D& b);
-Point2D operator-(const Point2D& a);
-Point2D operator*(const Point2D& p, double factor);
-Point2D operator*(double factor, const Point2D& p);
-Point2D operator/(const Point2D& p, double divisor);
+inline Point2D operator+(const Point2D& a, const Point2D& b)
+{
+    Point2D r(a);
+    return r += b;
+}
+
+inline Point2D operator-(const Point2D& a, const Point2D& b)
+{
+    Point2D r(a);
+    return r -= b;
+}
+
+inline Point2D operator-(const Point2D& a)
+{
+    return Point2D(-a.get_abscissa(), -a.get_ordinate());
+}
+
+inline Point2D operator*(const Point2D& p, double factor)
+{
+    Point2D r(p);
+    return r *= factor;
+}
+
+inline Point2D operator*(double factor, const Point2D& p)
+{
+    return p * factor;
+}
+
+inline Point2D operator/(const Point2D& p, double divisor)
+{
+    Point2D r(p);
+    return r /= divisor;
+}

@@ -5,6 +5,8 @@
 #include "kernel/common/Assert.h"
 
 #include <algorithm>
+#include <utility>
+#include <vector>
 
 ChannelGrid::ChannelGrid(double x0, double y0, int nx, int ny, double dx, double dy)
     : Grid2D<std::map<int, ChannelPoint*>>(dx, dy, nx, ny, x0, y0)
@@ -46,6 +48,8 @@ void ChannelGrid::get_intersections(const Channel& channel, std::vector<CutOff>&
         return;
     const double width = channel.width();
     int cur_idx = 0;
+    // Reused for every point: the search runs at each iteration.
+    std::vector<std::pair<int, ChannelPoint*>> around;
     for (const IPos& cell : _cells)
     {
         std::map<int, ChannelPoint*>& cpis = getObject(cell.x, cell.y);
@@ -57,21 +61,29 @@ void ChannelGrid::get_intersections(const Channel& channel, std::vector<CutOff>&
             ChannelPoint* p = itcg->second;
             cpis.erase(itcg);
 
-            std::map<int, ChannelPoint*> around;
+            // The entries of the nine cells, farthest along the chain first; a
+            // key met twice keeps its first entry, as a map insertion would.
+            around.clear();
             for (int j = std::max(cell.y - 1, 0); j <= std::min(cell.y + 1, _ny - 1); ++j)
                 for (int i = std::max(cell.x - 1, 0); i <= std::min(cell.x + 1, _nx - 1); ++i)
                 {
                     const std::map<int, ChannelPoint*>& other = getObject(i, j);
-                    around.insert(other.begin(), other.end());
+                    around.insert(around.end(), other.begin(), other.end());
                 }
+            // A few entries: a stable insertion sort, which allocates nothing.
+            for (std::size_t k = 1; k < around.size(); ++k)
+                for (std::size_t m = k; m > 0 && around[m - 1].first < around[m].first; --m)
+                    std::swap(around[m - 1], around[m]);
 
             bool found = false;
-            for (auto it = around.rbegin(); it != around.rend() && it->first > cur_idx + 3; ++it)
+            for (std::size_t k = 0; k < around.size() && around[k].first > cur_idx + 3; ++k)
             {
-                if (p->distance2D(*it->second) < width)
+                if (k > 0 && around[k].first == around[k - 1].first)
+                    continue;
+                if (p->distance2D(*around[k].second) < width)
                 {
-                    cuts.emplace_back(p, it->second);
-                    cur_idx = it->first;
+                    cuts.emplace_back(p, around[k].second);
+                    cur_idx = around[k].first;
                     found = true;
                     break;
                 }

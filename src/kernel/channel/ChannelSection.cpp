@@ -269,7 +269,8 @@ void Channel::find_grid_points_for_section(const ChannelPoint* cp1, const Channe
     if (grid.get_max().get_abscissa() < -0.5 || grid.get_max().get_ordinate() < -0.5 ||
         grid.get_min().get_abscissa() > nx + 0.5 || grid.get_min().get_ordinate() > ny + 0.5)
         return;
-    std::vector<Point2D> nodes;
+    // Kept between calls: a run looks up nodes for every section of every iteration.
+    static thread_local std::vector<Point2D> nodes;
     grid.find_points_with_integer_coordinates_inside(nodes);
     for (const Point2D& node : nodes)
     {
@@ -306,18 +307,25 @@ void Channel::collect_grid_points(const GridParams& geom, std::vector<ChannelGri
         {
             const Point2D position =
                 Point2D(cell.first * geom.getDx(), cell.second * geom.getDy()) + geom.getOrigin();
-            ChannelGridPoint point(_mc);
+            // One fraction along the segment serves every field (the *_at_point helpers
+            // would each compute it again).
+            const double t = clamp01(norm_proj_new(position, prev, cp));
+            const double z = mix(prev->get_elevation(), cp->get_elevation(), t);
+            // Built in place: a grid point carries a whole flow.
+            ChannelGridPoint& point = out.emplace_back(_mc);
             point.ix = cell.first;
             point.iy = cell.second;
-            point.z = get_elevation_at_point(position, prev, cp);
+            point.z = z;
             if (full)
             {
-                point.bed = get_bed_elevation_at_point(position, prev, cp);
-                point.curvature = get_curvature_at_point(position, prev, cp);
-                point.flow = get_flow_at_point(position, prev, cp);
-                point.side = point_at_outer_side(position, prev, cp);
+                point.bed = mix(prev->get_elevation(), cp->get_elevation(), t) -
+                            mix(prev->getFlowHmax(), cp->getFlowHmax(), t);
+                const double c = mix(prev->getC(), cp->getC(), t);
+                point.curvature = c;
+                point.flow = prev->flow() * (1. - t) + cp->flow() * t;
+                const double s = static_cast<double>(get_side(*prev, *cp, position));
+                point.side = s * c < 0. ? 1 : (s * c > 0. ? -1 : 0);
             }
-            out.push_back(point);
         }
     }
 }
@@ -354,7 +362,8 @@ void Channel::update_section(Domain* domain, MassBalance* mb, const ChannelPoint
 {
     const bool ghost = facies == facies_of(HemipelagicPlug::_fd, PLUG_CLASS);
     const SectionFrame frame(cp1, cp2);
-    std::vector<std::pair<int, int>> cells;
+    // Kept between calls: every section of every iteration comes here.
+    static thread_local std::vector<std::pair<int, int>> cells;
     find_grid_points_for_section(cp1, cp2, *domain, cells);
     for (const auto& cell : cells)
     {

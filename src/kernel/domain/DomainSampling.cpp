@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <climits>
 #include <cmath>
+#include <memory>
 #include <sstream>
 
 namespace
@@ -161,6 +162,15 @@ bool Domain::getRegular(int imin, int imax, int jmin, int jmax, double dz, std::
         age->clear();
     if (granulo != nullptr)
         granulo->clear();
+    // Sized once: grown sample by sample, a block's vectors would hold up to
+    // twice their size, and three times while they move.
+    const size_t samples = static_cast<size_t>(imax - imin + 1) * static_cast<size_t>(jmax - jmin + 1) *
+                           static_cast<size_t>(std::max(n, 0));
+    facies->reserve(samples);
+    if (age != nullptr)
+        age->reserve(samples);
+    if (granulo != nullptr)
+        granulo->reserve(samples);
     for (int i = imin; i <= imax; ++i)
         for (int j = jmin; j <= jmax; ++j)
             getObject(i, j).get_regular(z0, n, dz, facies, age, granulo, true);
@@ -340,55 +350,66 @@ bool Domain::save_simu(const std::string& file, int format, double dz, int imin,
     RegularBlock block;
     if (!getRegularBlock(imin, imax, jmin, jmax, dz, zmin, zmax, block))
         return false;
-    const std::vector<unsigned char>& vfacies = block.facies;
-    const std::vector<uint32_t>& vage = block.age;
-    const std::vector<double>& vgrain = block.grain;
+    std::vector<unsigned char>& vfacies = block.facies;
+    std::vector<uint32_t>& vage = block.age;
+    std::vector<double>& vgrain = block.grain;
     const int nv = block.nx() * block.ny() * block.nz();
     const GridParams& geometry = block.geometry;
 
-    std::vector<GridReal> grids;
-    grids.reserve(3);
-    auto add_grid = [&](const std::string& name, const std::vector<double>& values)
+    // Each grid is filled straight from the block (as fill_zyx would, in the
+    // same order), the largest part of the block first, and each part is let
+    // go once its grid holds it: a block is the largest thing a run allocates.
+    // The file keeps the order facies, grain size, age.
+    std::unique_ptr<GridReal> slots[3];
+    auto make_grid = [&](const std::string& name, auto value_at)
     {
-        grids.emplace_back(geometry);
-        grids.back().setName(name);
-        grids.back().setUndefinedText(undefined);
-        grids.back().fill_zyx(nv, values.data());
+        auto grid = std::make_unique<GridReal>(geometry);
+        grid->setName(name);
+        grid->setUndefinedText(undefined);
+        const int nx = grid->getNx();
+        const int ny = grid->getNy();
+        const int nz = grid->getNz();
+        MP_ASSERT(nv == nx * ny * nz);
+        size_t n = 0;
+        for (int i = 0; i < nx; ++i)
+            for (int j = 0; j < ny; ++j)
+                for (int k = 0; k < nz; ++k, ++n)
+                    grid->set_at(i, j, k, vfacies[n] == VOID_SAMPLE_FACIES ? MP_UNDEF_REAL : value_at(n));
+        return grid;
     };
-    auto value_or_undefined = [&](size_t k, double value)
-    { return vfacies[k] == VOID_SAMPLE_FACIES ? MP_UNDEF_REAL : value; };
-    std::vector<double> values(static_cast<size_t>(nv));
-    if (facies)
-    {
-        MP_ASSERT_TEXT(static_cast<int>(vfacies.size()) == nv, "(MP_int)vfacies.size() == nv");
-        for (size_t k = 0; k < values.size(); ++k)
-            values[k] = value_or_undefined(k, Facies::family(vfacies[k]));
-        add_grid("Facies", values);
-    }
     if (grain)
     {
         MP_ASSERT_TEXT(static_cast<int>(vgrain.size()) == nv, "(MP_int)vgrain.size() == nv");
-        for (size_t k = 0; k < values.size(); ++k)
-            values[k] = value_or_undefined(k, vgrain[k]);
-        add_grid("Grain Size", values);
+        slots[1] = make_grid("Grain Size", [&](size_t k) { return vgrain[k]; });
     }
+    std::vector<double>().swap(vgrain);
     if (age)
     {
         MP_ASSERT_TEXT(static_cast<int>(vage.size()) == nv, "(MP_int)vage.size() == nv");
-        for (size_t k = 0; k < values.size(); ++k)
-            values[k] = value_or_undefined(k, vage[k]);
-        add_grid("Age", values);
+        slots[2] = make_grid("Age", [&](size_t k) { return static_cast<double>(vage[k]); });
     }
+    std::vector<uint32_t>().swap(vage);
+    if (facies)
+    {
+        MP_ASSERT_TEXT(static_cast<int>(vfacies.size()) == nv, "(MP_int)vfacies.size() == nv");
+        slots[0] =
+            make_grid("Facies", [&](size_t k) { return static_cast<double>(Facies::family(vfacies[k])); });
+    }
+    std::vector<unsigned char>().swap(vfacies);
+    std::vector<GridReal*> grids;
+    for (const auto& slot : slots)
+        if (slot)
+            grids.push_back(slot.get());
     if (grids.empty())
     {
         error("Error in saveSimu!");
         return false;
     }
     for (size_t k = 1; k < grids.size(); ++k)
-        grids.front().add_variable(&grids[k]);
-    if (!grids.front().write(file, _tracer, format, order))
+        grids.front()->add_variable(grids[k]);
+    if (!grids.front()->write(file, _tracer, format, order))
     {
-        error("Error while writing simulation file:\n" + grids.front().getError());
+        error("Error while writing simulation file:\n" + grids.front()->getError());
         return false;
     }
     return true;

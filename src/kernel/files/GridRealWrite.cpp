@@ -12,6 +12,7 @@
 #include <charconv>
 #include <cmath>
 #include <fstream>
+#include <ostream>
 
 namespace
 {
@@ -74,7 +75,7 @@ void GridReal::append_node_line(std::string& text, size_t index) const
     text += '\n';
 }
 
-bool GridReal::write_values(std::string& text, iTracer* tracer, const std::string& order)
+bool GridReal::write_values(std::string& text, iTracer* tracer, const std::string& order, std::ostream* sink)
 {
     std::string o1, o2, o3;
     OrderTerm terms[3];
@@ -93,6 +94,12 @@ bool GridReal::write_values(std::string& text, iTracer* tracer, const std::strin
                 walk.node(a1, a2, a3, i, j, k);
                 append_node_line(text, index_of(i, j, k));
             }
+        // A block's text is several times its values: it goes out layer by layer.
+        if (sink != nullptr)
+        {
+            *sink << text;
+            text.clear();
+        }
         if (tracer != nullptr && !tracer->progress(1))
             return false;
     }
@@ -135,7 +142,7 @@ bool GridReal::write_f2g(const std::string& path, iTracer* tracer, const std::st
     }
     file.key_value("F2G_VALUES", std::string());
     std::string values;
-    if (!write_values(values, tracer, order))
+    if (!write_values(values, tracer, order, &file))
         return false;
     file << values;
     file.close();
@@ -153,7 +160,7 @@ bool GridReal::write_gslib(const std::string& path, iTracer* tracer)
     for (const GridReal* variable : _variables)
         file << variable->_name << '\n';
     std::string values;
-    if (!write_values(values, tracer, get_default_order(GRID_FORMAT_GSLIB)))
+    if (!write_values(values, tracer, get_default_order(GRID_FORMAT_GSLIB), &file))
         return false;
     file << values;
     file.close();
@@ -167,7 +174,7 @@ bool GridReal::write_ascii(const std::string& path, iTracer* tracer)
     if (!file.is_open())
         return fail("Cannot write grid file " + path);
     std::string values;
-    if (!write_values(values, tracer, get_default_order(GRID_FORMAT_ASCII)))
+    if (!write_values(values, tracer, get_default_order(GRID_FORMAT_ASCII), &file))
         return false;
     file << values;
     file.close();

@@ -13,6 +13,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <cstring>
 
 namespace
 {
@@ -51,6 +53,48 @@ struct DistanceKey
         return dch < other.dch || (dch == other.dch && index < other.index);
     }
 };
+
+// Sorts the keys by distance, ties in the order given (which is by index, so
+// the order is that of DistanceKey::operator<). Distances are non-negative, so
+// their bit patterns sort as unsigned integers: a stable radix sort on 16-bit
+// digits, skipping the digits that all keys share (most of them: the
+// distances are few).
+void sort_by_distance(std::vector<DistanceKey>& keys)
+{
+    const std::size_t n = keys.size();
+    std::vector<std::uint64_t> bits(n);
+    for (std::size_t k = 0; k < n; ++k)
+    {
+        MP_ASSERT_TEXT(!(keys[k].dch < 0.), "dch >= 0");
+        std::memcpy(&bits[k], &keys[k].dch, sizeof(double));
+    }
+    std::vector<DistanceKey> other(n);
+    std::vector<std::uint64_t> other_bits(n);
+    std::vector<std::size_t> count(1u << 16);
+    for (int shift = 0; shift < 64; shift += 16)
+    {
+        std::fill(count.begin(), count.end(), 0);
+        for (std::size_t k = 0; k < n; ++k)
+            ++count[(bits[k] >> shift) & 0xFFFFu];
+        if (n == 0 || count[(bits[0] >> shift) & 0xFFFFu] == n)
+            continue;
+        std::size_t start = 0;
+        for (std::size_t& c : count)
+        {
+            const std::size_t m = c;
+            c = start;
+            start += m;
+        }
+        for (std::size_t k = 0; k < n; ++k)
+        {
+            const std::size_t to = count[(bits[k] >> shift) & 0xFFFFu]++;
+            other[to] = keys[k];
+            other_bits[to] = bits[k];
+        }
+        keys.swap(other);
+        bits.swap(other_bits);
+    }
+}
 
 // Overbank fines, coarser ones near the channel making the levee.
 Facies flood_facies(double granulo)
@@ -117,16 +161,16 @@ bool AggradInfo::add(const AggradInfo& feeder, AggradInfo& sum)
     MP_ASSERT_TEXT(status == 0, "mean.status == 0");
     MP_ASSERT_TEXT(feeder.status != -1, "feeder.status != -1");
     MP_ASSERT_TEXT(feeder.dch < dch, "feeder.dch < dch");
+    // Most offers fail on thickness alone: they are turned down before any copy.
+    const double source_th = feeder.zmax - z;
+    if (feeder.status == -2 ? source_th < min_th : feeder.th < min_th)
+        return false;
     AggradInfo fi = feeder;
     if (feeder.status == -2)
     {
-        fi.thmax = fi.th = feeder.zmax - z;
+        fi.thmax = fi.th = source_th;
         fi.status = 0;
-        if (fi.th < min_th)
-            return false;
     }
-    else if (feeder.th < min_th)
-        return false;
 
     const double delta = feeder.dch - dch;
     fi.decrease(delta);
@@ -385,7 +429,7 @@ void Network::compute_aggrad_map(int ny_below, const std::vector<ChannelGridPoin
                 order[index] = DistanceKey{rec.dch, index};
             }
     }
-    std::sort(order.begin(), order.end());
+    sort_by_distance(order);
 
     const int mx = _domain != nullptr ? (nx - _domain->getNx()) / 2 : 0;
     AggradInfo* info = _amap->pointer(0, 0);
