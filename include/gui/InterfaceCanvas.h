@@ -63,8 +63,13 @@ public:
     void create_all();
     void render();
     void snapshot();
-    // Writes the frame buffer as a TIFF; false with the reason traced.
+    // The next snapshot's proposed name, "image%03i.tif", counted across all views.
+    wxString snapshot_name();
+    // Draws the view and writes it as a TIFF (a PNG when the name ends so);
+    // false with the reason traced.
     bool printScreen(const wxString& path);
+    // Draws the view and reads it back, rows bottom first.
+    bool readPixels(std::vector<unsigned char>& rgb, int& width, int& height);
     void zCut();
     void zSlice();
     void close_zslide();
@@ -127,6 +132,8 @@ public:
 private:
     const Domain* domain() const;
     bool turbiditic() const;
+    bool draw();
+    bool write_picture(const wxString& path);
     void reshape_function();
     void set_projection_mode();
     void update_view_parameters();
@@ -214,8 +221,8 @@ private:
     Attribute<int> _x_section{0, 1, 0, 0};
     Attribute<int> _y_section{0, 1, 0, 0};
     // Camera of the perspective view: tilt, heading (degrees) and distance (m).
-    Attribute<double> _rot_x{-60., 1., -360., 360., 360.};
-    Attribute<double> _rot_z{-30., 1., 0., 360., 360.};
+    Attribute<double> _rot_x{55., 1., -360., 360., 360.};
+    Attribute<double> _rot_z{340., 1., 0., 360., 360.};
     Attribute<double> _distance{3000., 10., 10., 1e6};
     double _cam_x = 0.;
     double _cam_y = 0.;

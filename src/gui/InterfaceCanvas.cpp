@@ -208,7 +208,11 @@ void InterfaceCanvas::update_view_parameters()
     if (_network->has_channel())
         hmax = MeanderCalculator::hmax_from_hmean(_network->channel()->mean_depth());
     const double thickness = std::max(zmax - zmin, hmax);
-    // The block about a fifth as tall as it is wide, within the attribute's bounds.
+    // Sections about a third as tall as they are long, the block in
+    // perspective about a twelfth as tall as it is wide.
+    const double length = std::max(width, depth);
+    _zscale_2D.default_value(std::clamp(std::round(0.3 * length / thickness), 1., _zscale_2D.max()));
+    _zscale_2D.reset();
     const double diagonal = std::hypot(width, depth);
     _zscale_3D.default_value(std::clamp(std::round(0.08 * diagonal / thickness), 1., _3D_zScale_Factor));
     _zscale_3D.bounds(1., _3D_zScale_Factor);
@@ -290,8 +294,21 @@ void InterfaceCanvas::create_all()
 
 void InterfaceCanvas::render()
 {
-    if (_context == nullptr || !IsShownOnScreen())
+    if (!draw())
         return;
+    if (_video)
+    {
+        char suffix[32];
+        std::snprintf(suffix, sizeof suffix, "_%03i.tif", _video_count++);
+        write_picture(wxString("shot_") + _title + suffix);
+    }
+    SwapBuffers();
+}
+
+bool InterfaceCanvas::draw()
+{
+    if (_context == nullptr || !IsShownOnScreen())
+        return false;
     SetCurrent(*_context);
     glClearColor(1.f, 1.f, 1.f, 1.f);
     glShadeModel(GL_SMOOTH);
@@ -307,13 +324,7 @@ void InterfaceCanvas::render()
     else
         display_function_2D();
     glFlush();
-    if (_video)
-    {
-        char suffix[32];
-        std::snprintf(suffix, sizeof suffix, "_%03i.tif", _video_count++);
-        printScreen(wxString("shot_") + _title + suffix);
-    }
-    SwapBuffers();
+    return true;
 }
 
 void InterfaceCanvas::reshape_function()

@@ -8,23 +8,44 @@
 #include <wx/filedlg.h>
 #include <wx/imagtiff.h>
 
-void InterfaceCanvas::snapshot()
+wxString InterfaceCanvas::snapshot_name()
 {
     ++_screenshot;
     if (_network != nullptr && _network->tracer() != nullptr && _network->tracer()->traceLevel(TRACE_DEBUG))
         _network->tracer()->trace("# Screenshot No " + std::to_string(_screenshot), TRACE_DEBUG);
-    wxFileDialog dialog(this, "Grab graphic window", wxEmptyString,
-                        wxString::Format("image%03i.tif", _screenshot), "*.tif",
+    return wxString::Format("image%03i.tif", _screenshot);
+}
+
+void InterfaceCanvas::snapshot()
+{
+    wxFileDialog dialog(this, "Grab graphic window", wxEmptyString, snapshot_name(), "*.tif",
                         wxFD_SAVE | wxFD_OVERWRITE_PROMPT);
     if (dialog.ShowModal() == wxID_OK)
         printScreen(dialog.GetPath());
 }
 
+bool InterfaceCanvas::readPixels(std::vector<unsigned char>& rgb, int& width, int& height)
+{
+    if (!draw())
+        return false;
+    const wxSize size = GetClientSize();
+    width = size.x;
+    height = size.y;
+    rgb.assign(static_cast<size_t>(width) * height * 3, 0);
+    glPixelStorei(GL_PACK_ALIGNMENT, 1);
+    glReadBuffer(GL_BACK);
+    glReadPixels(0, 0, width, height, GL_RGB, GL_UNSIGNED_BYTE, rgb.data());
+    return true;
+}
+
 bool InterfaceCanvas::printScreen(const wxString& path)
 {
-    if (_context == nullptr)
-        return false;
-    SetCurrent(*_context);
+    return draw() && write_picture(path);
+}
+
+// The back buffer as drawn last, written as a TIFF (or a PNG by its suffix).
+bool InterfaceCanvas::write_picture(const wxString& path)
+{
     const wxSize size = GetClientSize();
     if (size.x <= 0 || size.y <= 0)
         return false;

@@ -99,8 +99,8 @@ void InterfaceCanvas::create_legend()
         int row = size.y - 18;
         for (unsigned char f = 1; f < Facies::number_of_facies(); ++f)
         {
-            const std::string name = Facies::description(f).short_name();
-            const int width = 22 + 8 * static_cast<int>(name.size());
+            const std::string name = Facies::description(f).long_name();
+            const int width = 26 + 7 * static_cast<int>(name.size());
             if (x + width > size.x)
             {
                 x = 260;
