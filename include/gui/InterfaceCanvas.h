@@ -172,6 +172,8 @@ private:
     // 3D (InterfaceCanvas3D.cpp)
     void display_function_3D();
     void set_3D_camera();
+    // The eye in the block's frame, from the current model-view matrix.
+    void eye_in_block(double (&eye)[3]) const;
     void create_3D_cube();
     void create_3D_block();
     void create_3D_extra_domain();
@@ -239,7 +241,8 @@ private:
     GLuint _list_sections = 0;
     GLuint _list_wells = 0;
     GLuint _list_cube = 0;
-    GLuint _list_block = 0;
+    // The block's faces, one list per way they look, drawn when the eye may see them.
+    GLuint _list_block[BlockMesh::SIDES] = {0, 0, 0, 0, 0, 0};
     GLuint _list_extra = 0;
     GLuint _list_legend = 0;
     GLuint _list_ruler = 0;

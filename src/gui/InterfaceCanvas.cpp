@@ -54,10 +54,11 @@ InterfaceCanvas::~InterfaceCanvas()
     if (_setup && _context != nullptr)
     {
         SetCurrent(*_context);
-        for (GLuint* list :
-             {&_list_map, &_list_channel_grid, &_list_channel_real, &_list_sections, &_list_wells,
-              &_list_cube, &_list_block, &_list_extra, &_list_legend, &_list_ruler})
+        for (GLuint* list : {&_list_map, &_list_channel_grid, &_list_channel_real, &_list_sections,
+                             &_list_wells, &_list_cube, &_list_extra, &_list_legend, &_list_ruler})
             delete_list(*list);
+        for (GLuint& list : _list_block)
+            delete_list(list);
     }
     delete _context;
 }
@@ -246,8 +247,10 @@ void InterfaceCanvas::create_all()
     reshape_function();
     set_projection_mode();
     for (GLuint* list : {&_list_map, &_list_channel_grid, &_list_channel_real, &_list_sections, &_list_wells,
-                         &_list_cube, &_list_block, &_list_extra})
+                         &_list_cube, &_list_extra})
         delete_list(*list);
+    for (GLuint& list : _list_block)
+        delete_list(list);
     if (domain() != nullptr)
     {
         if (_view_3D)

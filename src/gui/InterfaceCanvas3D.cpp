@@ -17,8 +17,15 @@ void InterfaceCanvas::display_function_3D()
     glLoadIdentity();
     set_3D_camera();
     glEnable(GL_LIGHTING);
-    for (GLuint list : {_list_cube, _list_sections, _list_extra, _list_map, _list_block, _list_channel_grid,
-                        _list_channel_real})
+    for (GLuint list : {_list_cube, _list_sections, _list_extra, _list_map})
+        if (list != 0)
+            glCallList(list);
+    double eye[3];
+    eye_in_block(eye);
+    for (int side = 0; side < BlockMesh::SIDES; ++side)
+        if (_list_block[side] != 0 && _mesh.may_face(static_cast<BlockMesh::Side>(side), eye))
+            glCallList(_list_block[side]);
+    for (GLuint list : {_list_channel_grid, _list_channel_real})
         if (list != 0)
             glCallList(list);
     glDisable(GL_LIGHTING);
@@ -102,25 +109,60 @@ void InterfaceCanvas::create_3D_cube()
     glEndList();
 }
 
-// The visible faces of the block in one vertex array.
+// The visible faces of the block, one vertex array per way they look.
 void InterfaceCanvas::create_3D_block()
 {
     if (!_view_3D_block)
         return;
     _mesh.build(*domain(), _colors,
                 _colors_coding == FaciesColorMap::CODING_ERODIBILITY ? 0 : _colors_coding);
-    begin_list(_list_block);
-    glEnableClientState(GL_VERTEX_ARRAY);
-    glEnableClientState(GL_NORMAL_ARRAY);
-    glEnableClientState(GL_COLOR_ARRAY);
-    glVertexPointer(3, GL_FLOAT, 0, _mesh.vertices().data());
-    glNormalPointer(GL_FLOAT, 0, _mesh.normals().data());
-    glColorPointer(3, GL_UNSIGNED_BYTE, 0, _mesh.colors().data());
-    glDrawArrays(GL_QUADS, 0, static_cast<GLsizei>(4 * _mesh.quad_count()));
-    glDisableClientState(GL_VERTEX_ARRAY);
-    glDisableClientState(GL_NORMAL_ARRAY);
-    glDisableClientState(GL_COLOR_ARRAY);
-    glEndList();
+    for (int k = 0; k < BlockMesh::SIDES; ++k)
+    {
+        const auto side = static_cast<BlockMesh::Side>(k);
+        begin_list(_list_block[k]);
+        // The mesh carries its shading: no lighting per vertex.
+        glDisable(GL_LIGHTING);
+        glEnableClientState(GL_VERTEX_ARRAY);
+        glEnableClientState(GL_COLOR_ARRAY);
+        glVertexPointer(3, GL_FLOAT, 0, _mesh.vertices(side).data());
+        glColorPointer(3, GL_UNSIGNED_BYTE, 0, _mesh.colors(side).data());
+        glDrawArrays(GL_QUADS, 0, static_cast<GLsizei>(4 * _mesh.quad_count(side)));
+        glDisableClientState(GL_VERTEX_ARRAY);
+        glDisableClientState(GL_COLOR_ARRAY);
+        glEnable(GL_LIGHTING);
+        glEndList();
+    }
+}
+
+// The model-view matrix is affine: the eye, at the origin of eye space, is
+// at -A^-1 t in the block's frame.
+void InterfaceCanvas::eye_in_block(double (&eye)[3]) const
+{
+    GLdouble m[16];
+    glGetDoublev(GL_MODELVIEW_MATRIX, m);
+    // Column-major: A(r, c) = m[c * 4 + r], t = m[12..14].
+    auto a = [&m](int r, int c) { return m[c * 4 + r]; };
+    const double det = a(0, 0) * (a(1, 1) * a(2, 2) - a(1, 2) * a(2, 1)) -
+                       a(0, 1) * (a(1, 0) * a(2, 2) - a(1, 2) * a(2, 0)) +
+                       a(0, 2) * (a(1, 0) * a(2, 1) - a(1, 1) * a(2, 0));
+    if (std::abs(det) < 1e-300)
+    {
+        eye[0] = eye[1] = eye[2] = 0.;
+        return;
+    }
+    const double t[3] = {-m[12], -m[13], -m[14]};
+    // Cramer's rule for A eye = -t.
+    for (int k = 0; k < 3; ++k)
+    {
+        double b[3][3];
+        for (int r = 0; r < 3; ++r)
+            for (int c = 0; c < 3; ++c)
+                b[r][c] = c == k ? t[r] : a(r, c);
+        eye[k] = (b[0][0] * (b[1][1] * b[2][2] - b[1][2] * b[2][1]) -
+                  b[0][1] * (b[1][0] * b[2][2] - b[1][2] * b[2][0]) +
+                  b[0][2] * (b[1][0] * b[2][1] - b[1][1] * b[2][0])) /
+                 det;
+    }
 }
 
 void InterfaceCanvas::create_3D_extra_domain()

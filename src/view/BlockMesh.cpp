@@ -8,9 +8,11 @@ void BlockMesh::clear()
 {
     _boxes.clear();
     _first.clear();
-    _vertices.clear();
-    _normals.clear();
-    _colors.clear();
+    for (int side = 0; side < SIDES; ++side)
+    {
+        _vertices[side].clear();
+        _colors[side].clear();
+    }
 }
 
 void BlockMesh::build(const Domain& domain, const FaciesColorMap& colors, int coding)
@@ -26,18 +28,64 @@ void BlockMesh::build(const Domain& domain, const FaciesColorMap& colors, int co
             ColumnBoxes::append(domain.getObject(i, j), colors, coding, _boxes);
         }
     _first.push_back(_boxes.size());
+    for (int k = 0; k < 3; ++k)
+    {
+        _lo[k] = 1e30;
+        _hi[k] = -1e30;
+    }
     for (int j = 0; j < _ny; ++j)
         for (int i = 0; i < _nx; ++i)
             add_column(i, j, domain.getDx(), domain.getDy());
 }
 
-void BlockMesh::add_quad(const float (&corners)[4][3], const float (&normal)[3], const ViewColor& color)
+ViewColor BlockMesh::shaded(const ViewColor& color, Side side)
 {
-    for (const auto& c : corners)
+    static const double brightness[] = {1., 0.5, 0.82, 0.7, 0.76, 0.64};
+    const double f = brightness[side];
+    return ViewColor{static_cast<unsigned char>(color.red * f + 0.5),
+                     static_cast<unsigned char>(color.green * f + 0.5),
+                     static_cast<unsigned char>(color.blue * f + 0.5)};
+}
+
+void BlockMesh::add_quad(const float (&corners)[4][3], Side side, const ViewColor& color)
+{
+    const ViewColor c = shaded(color, side);
+    for (const auto& corner : corners)
     {
-        _vertices.insert(_vertices.end(), c, c + 3);
-        _normals.insert(_normals.end(), normal, normal + 3);
-        _colors.insert(_colors.end(), {color.red, color.green, color.blue});
+        _vertices[side].insert(_vertices[side].end(), corner, corner + 3);
+        _colors[side].insert(_colors[side].end(), {c.red, c.green, c.blue});
+        for (int k = 0; k < 3; ++k)
+        {
+            _lo[k] = std::min(_lo[k], static_cast<double>(corner[k]));
+            _hi[k] = std::max(_hi[k], static_cast<double>(corner[k]));
+        }
+    }
+}
+
+size_t BlockMesh::quad_count() const
+{
+    size_t n = 0;
+    for (int side = 0; side < SIDES; ++side)
+        n += quad_count(static_cast<Side>(side));
+    return n;
+}
+
+bool BlockMesh::may_face(Side side, const double (&eye)[3]) const
+{
+    switch (side)
+    {
+    case TOP:
+        return eye[2] > _lo[2];
+    case BOTTOM:
+        return eye[2] < _hi[2];
+    case EAST:
+        return eye[0] > _lo[0];
+    case WEST:
+        return eye[0] < _hi[0];
+    case NORTH:
+        return eye[1] > _lo[1];
+    default:
+        return eye[1] < _hi[1];
     }
 }
 
@@ -48,12 +96,6 @@ void BlockMesh::add_column(int i, int j, double dx, double dy)
     const float x1 = static_cast<float>((i + 0.5) * dx);
     const float y0 = static_cast<float>((j - 0.5) * dy);
     const float y1 = static_cast<float>((j + 0.5) * dy);
-    static const float up[3] = {0.f, 0.f, 1.f};
-    static const float down[3] = {0.f, 0.f, -1.f};
-    static const float east[3] = {1.f, 0.f, 0.f};
-    static const float west[3] = {-1.f, 0.f, 0.f};
-    static const float north[3] = {0.f, 1.f, 0.f};
-    static const float south[3] = {0.f, -1.f, 0.f};
     for (size_t b = _first[k]; b < _first[k + 1]; ++b)
     {
         const ColumnBox& box = _boxes[b];
@@ -62,19 +104,19 @@ void BlockMesh::add_column(int i, int j, double dx, double dy)
         const bool covered_above = b + 1 < _first[k + 1] && _boxes[b + 1].zbot <= box.ztop + 1e-9;
         const bool covered_below = b > _first[k] && _boxes[b - 1].ztop >= box.zbot - 1e-9;
         if (!covered_above)
-            add_quad({{x0, y0, zt}, {x1, y0, zt}, {x1, y1, zt}, {x0, y1, zt}}, up, box.color);
+            add_quad({{x0, y0, zt}, {x1, y0, zt}, {x1, y1, zt}, {x0, y1, zt}}, TOP, box.color);
         if (!covered_below)
-            add_quad({{x0, y0, zb}, {x0, y1, zb}, {x1, y1, zb}, {x1, y0, zb}}, down, box.color);
-        add_side(box, i + 1, j, x1, y0, x1, y1, east);
-        add_side(box, i - 1, j, x0, y1, x0, y0, west);
-        add_side(box, i, j + 1, x1, y1, x0, y1, north);
-        add_side(box, i, j - 1, x0, y0, x1, y0, south);
+            add_quad({{x0, y0, zb}, {x0, y1, zb}, {x1, y1, zb}, {x1, y0, zb}}, BOTTOM, box.color);
+        add_side(box, i + 1, j, x1, y0, x1, y1, EAST);
+        add_side(box, i - 1, j, x0, y1, x0, y0, WEST);
+        add_side(box, i, j + 1, x1, y1, x0, y1, NORTH);
+        add_side(box, i, j - 1, x0, y0, x1, y0, SOUTH);
     }
 }
 
 // The parts of the box's side not against the neighbour's filled height.
 void BlockMesh::add_side(const ColumnBox& box, int ni, int nj, float x0, float y0, float x1, float y1,
-                         const float (&normal)[3])
+                         Side side)
 {
     double covered_bot = box.ztop;
     double covered_top = box.ztop;
@@ -93,7 +135,7 @@ void BlockMesh::add_side(const ColumnBox& box, int ni, int nj, float x0, float y
             return;
         const float a = static_cast<float>(za);
         const float b = static_cast<float>(zb);
-        add_quad({{x0, y0, a}, {x1, y1, a}, {x1, y1, b}, {x0, y0, b}}, normal, box.color);
+        add_quad({{x0, y0, a}, {x1, y1, a}, {x1, y1, b}, {x0, y0, b}}, side, box.color);
     };
     if (covered_top <= covered_bot)
     {

@@ -72,10 +72,47 @@ TEST(BlockMesh, OnlyFacesAgainstEmptySpaceAreKept)
     mesh.build(domain, colors, 0);
     EXPECT_EQ(mesh.quad_count(),
               12u + 20u + 3u /* its three inner sides; its outer one is one taller quad */);
-    EXPECT_EQ(mesh.vertices().size(), mesh.quad_count() * 12);
-    EXPECT_EQ(mesh.colors().size(), mesh.quad_count() * 12);
+    for (int side = 0; side < BlockMesh::SIDES; ++side)
+        EXPECT_EQ(mesh.colors(BlockMesh::Side(side)).size(), mesh.vertices(BlockMesh::Side(side)).size());
     // An empty neighbour shows the whole side.
     build_column(domain.getObject(2, 1), 0., {});
     mesh.build(domain, colors, 0);
     EXPECT_EQ(mesh.box_count(), 10u);
+}
+
+TEST(BlockMesh, FacesAreSeenOnlyFromTheirOwnSideOfTheBlock)
+{
+    auto sim = simulator_on_grid(4, 3);
+    ASSERT_EQ(sim->init(true), MP_STATUS_OK) << g_trace;
+    Domain& domain = *sim->domain();
+    for (int j = 0; j < 3; ++j)
+        for (int i = 0; i < 4; ++i)
+            build_column(domain.getObject(i, j), 0., {DepositionUnit(Facies(2), 100, 1)});
+    FaciesColorMap colors;
+    BlockMesh mesh;
+    mesh.build(domain, colors, 0);
+    // The block spans x in [-5, 35], y in [-5, 25], z in [0, 1].
+    struct Row
+    {
+        double eye[3];
+        bool seen[BlockMesh::SIDES]; // top, bottom, east, west, north, south
+    };
+    const Row rows[] = {
+        {{15., 10., 100.}, {true, false, true, true, true, true}}, // above the middle
+        {{100., 10., 100.}, {true, false, true, false, true, true}},
+        {{-100., -100., 0.5}, {true, true, false, true, false, true}},
+        {{15., 10., -50.}, {false, true, true, true, true, true}},
+    };
+    for (const Row& r : rows)
+        for (int side = 0; side < BlockMesh::SIDES; ++side)
+            EXPECT_EQ(mesh.may_face(static_cast<BlockMesh::Side>(side), r.eye), r.seen[side])
+                << "eye " << r.eye[0] << "," << r.eye[1] << "," << r.eye[2] << " side " << side;
+    EXPECT_EQ(mesh.quad_count(BlockMesh::TOP), 12u);
+    EXPECT_EQ(mesh.quad_count(BlockMesh::EAST), 3u);
+    EXPECT_EQ(mesh.quad_count(BlockMesh::NORTH), 4u);
+    // Tops are the brightest faces, bottoms the darkest.
+    const ViewColor c{200, 200, 200};
+    EXPECT_EQ(BlockMesh::shaded(c, BlockMesh::TOP), c);
+    EXPECT_LT(BlockMesh::shaded(c, BlockMesh::EAST).red, 200);
+    EXPECT_LT(BlockMesh::shaded(c, BlockMesh::BOTTOM).red, BlockMesh::shaded(c, BlockMesh::SOUTH).red);
 }
