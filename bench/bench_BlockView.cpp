@@ -3,11 +3,13 @@
 // block reaches a flat limit 9 m up): the rebuild of the perspective block's
 // display lists and one render of it, on the display given (run it under
 // xvfb-run -a -s "-screen 0 1280x1024x24" for Mesa's software renderer).
+// With --pictures=<dir> it first writes a PNG of each view of that block.
 
 #include "gui/GraphicWindow.h"
 #include "gui/InterfaceCanvas.h"
 #include "interface/iParameters.h"
 #include "interface/iTracer.h"
+#include "kernel/Domain.h"
 #include "kernel/ParameterCodes.h"
 #include "kernel/Simulator.h"
 
@@ -18,6 +20,7 @@
 
 #include <cstdio>
 #include <memory>
+#include <string>
 
 namespace
 {
@@ -93,17 +96,59 @@ void BM_SectionCreateAll(benchmark::State& state)
 }
 BENCHMARK(BM_SectionCreateAll)->Unit(benchmark::kMillisecond)->Iterations(10);
 
+// The views of the block, as a user opens them: from above at the middle
+// elevation, the two middle sections, the perspective.
+void write_pictures(const std::string& dir)
+{
+    InterfaceCanvas& canvas = *scene().window->canvas();
+    double zmin, zmax;
+    scene().sim->domain()->min_and_max_elevation_geo(zmin, zmax);
+    auto write = [&canvas, &dir](const char* name)
+    {
+        if (!canvas.printScreen(dir + "/" + name))
+            std::fprintf(stderr, "Cannot write %s/%s\n", dir.c_str(), name);
+    };
+    canvas.setViewType(InterfaceCanvas::aerial);
+    write("default_aerial_top.png");
+    canvas.setSliceElevation(0.5 * (zmin + zmax));
+    write("default_aerial_slice.png");
+    canvas.setSliceElevation(1e30);
+    canvas.setViewType(InterfaceCanvas::x_section);
+    write("default_x_section.png");
+    canvas.setViewType(InterfaceCanvas::y_section);
+    write("default_y_section.png");
+    canvas.setViewType(InterfaceCanvas::topo);
+    write("default_perspective.png");
+}
+
 } // namespace
 
 int main(int argc, char** argv)
 {
+    // Taken off the command line first: wxWidgets and the benchmark library refuse options they don't know.
+    const std::string flag = "--pictures=";
+    std::string pictures;
+    for (int k = 1; k < argc; ++k)
+        if (std::string(argv[k]).rfind(flag, 0) == 0)
+        {
+            pictures = std::string(argv[k]).substr(flag.size());
+            for (int m = k; m + 1 < argc; ++m)
+                argv[m] = argv[m + 1];
+            --argc;
+            break;
+        }
     wxApp::SetInstance(new wxApp());
-    if (!wxEntryStart(argc, argv))
+    // wxWidgets is given the program's name only: the other options are not its own.
+    int wx_argc = 1;
+    if (!wxEntryStart(wx_argc, argv))
     {
         std::fprintf(stderr, "Cannot start wxWidgets: run under a display (xvfb-run)\n");
         return 1;
     }
     wxTheApp->CallOnInit();
+    wxInitAllImageHandlers();
+    if (!pictures.empty())
+        write_pictures(pictures);
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();

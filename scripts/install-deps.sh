@@ -16,6 +16,8 @@ if [ "${SARVO_PYTHON:-ON}" != "OFF" ]; then
 fi
 if [ "${SARVO_GUI:-ON}" != "OFF" ]; then
   packages+=(libwxgtk3.2-dev libgl1-mesa-dev libglu1-mesa-dev freeglut3-dev)
+  # The block view's tests draw on a virtual display with Mesa's software OpenGL.
+  packages+=(xvfb xauth libgl1-mesa-dri)
 fi
 
 missing=()

@@ -210,12 +210,12 @@ void InterfaceCanvas::update_view_parameters()
         hmax = MeanderCalculator::hmax_from_hmean(_network->channel()->mean_depth());
     const double thickness = std::max(zmax - zmin, hmax);
     // Sections about a third as tall as they are long, the block in
-    // perspective about a twelfth as tall as it is wide.
+    // perspective about a seventh as tall as its diagonal.
     const double length = std::max(width, depth);
     _zscale_2D.default_value(std::clamp(std::round(0.3 * length / thickness), 1., _zscale_2D.max()));
     _zscale_2D.reset();
     const double diagonal = std::hypot(width, depth);
-    _zscale_3D.default_value(std::clamp(std::round(0.08 * diagonal / thickness), 1., _3D_zScale_Factor));
+    _zscale_3D.default_value(std::clamp(std::round(0.15 * diagonal / thickness), 1., _3D_zScale_Factor));
     _zscale_3D.bounds(1., _3D_zScale_Factor);
     _zscale_3D.reset();
     _distance = Attribute<double>(1.7 * diagonal, diagonal / 200., diagonal / 20., 10. * diagonal);

@@ -40,7 +40,7 @@ void BlockMesh::build(const Domain& domain, const FaciesColorMap& colors, int co
 
 ViewColor BlockMesh::shaded(const ViewColor& color, Side side)
 {
-    static const double brightness[] = {1., 0.5, 0.82, 0.7, 0.76, 0.64};
+    static const double brightness[] = {1., 0.55, 0.8, 0.88, 0.8, 0.92};
     const double f = brightness[side];
     return ViewColor{static_cast<unsigned char>(color.red * f + 0.5),
                      static_cast<unsigned char>(color.green * f + 0.5),

@@ -325,7 +325,9 @@ int main(int argc, char** argv)
 {
     ::testing::InitGoogleTest(&argc, argv);
     wxApp::SetInstance(new wxApp());
-    if (!wxEntryStart(argc, argv))
+    // wxWidgets is given the program's name only: the other options are not its own.
+    int wx_argc = 1;
+    if (!wxEntryStart(wx_argc, argv))
     {
         std::fprintf(stderr, "Cannot start wxWidgets (is there a display?)\n");
         return 1;
