@@ -154,6 +154,7 @@ private:
     void create_2D_channel_real();
     void create_2D_sections_position();
     void create_2D_well_labels();
+    void draw_well_facies(const class Well& well, double h);
     void create_2D_x_section();
     void create_2D_y_section();
     void create_2D_section(bool along_y, int index);

@@ -236,10 +236,36 @@ void InterfaceCanvas::create_2D_well_labels()
                 glEnd();
                 glLineWidth(1.f);
                 draw_text(h, section_world_z(set.get_ztop()) + 4., well->name());
+                if (_view_real_well_facies)
+                    draw_well_facies(*well, h);
             }
         }
     if (any)
         glEndList();
+}
+
+// The well's interpreted log as a strip of its facies beside its column,
+// bottom up from the log's base, outlined in black.
+void InterfaceCanvas::draw_well_facies(const Well& well, double h)
+{
+    const Domain& dom = *domain();
+    const double d = _view_type == x_section ? dom.getDy() : dom.getDx();
+    const double x0 = h + 0.7 * d;
+    const double x1 = h + 1.7 * d;
+    double z = well.get_zbot();
+    for (const WellUnit& unit : well.units())
+    {
+        color(_colors.facies_color(unit.facies(), unit.age(), _colors_coding));
+        glRectd(x0, section_world_z(z), x1, section_world_z(z + unit.thickness()));
+        z += unit.thickness();
+    }
+    glColor3f(0.f, 0.f, 0.f);
+    glBegin(GL_LINE_LOOP);
+    glVertex2d(x0, section_world_z(well.get_zbot()));
+    glVertex2d(x1, section_world_z(well.get_zbot()));
+    glVertex2d(x1, section_world_z(z));
+    glVertex2d(x0, section_world_z(z));
+    glEnd();
 }
 
 void InterfaceCanvas::create_2D_x_section()

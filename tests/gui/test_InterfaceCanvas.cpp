@@ -4,8 +4,10 @@
 #include "SimulatorSupport.h"
 #include "gui/GraphicWindow.h"
 #include "gui/InterfaceCanvas.h"
+#include "kernel/Core.h"
 #include "kernel/Domain.h"
 #include "kernel/Network.h"
+#include "kernel/Well.h"
 #include "view/ColumnBoxes.h"
 
 #include <gtest/gtest.h>
@@ -20,8 +22,10 @@ using namespace testing_support;
 namespace
 {
 
-// A small fluvial block of 60 x 50 nodes of 10 m after 150 seeded iterations.
-std::unique_ptr<Simulator> small_block(bool turbidite, int nx, int ny, unsigned int iterations)
+// A seeded block of nx x ny nodes of 10 m after some iterations, with a
+// well of point bar over overbank at (x, y) when `well` is set.
+std::unique_ptr<Simulator> small_block(bool turbidite, int nx, int ny, unsigned int iterations,
+                                       bool well = false)
 {
     auto sim = simulator_on_grid(nx, ny);
     if (turbidite)
@@ -29,6 +33,13 @@ std::unique_ptr<Simulator> small_block(bool turbidite, int nx, int ny, unsigned 
     sim->getParameters()->setParamInt("SIM_SEED", 165426111);
     const int status = sim->init(true);
     EXPECT_TRUE(status == MP_STATUS_OK || status == MP_STATUS_CONSISTENCY_WARNING) << g_trace;
+    if (well)
+    {
+        Core core(300., 250., 0., "W1");
+        core.add(2, 1.5);
+        core.add(8, 0.5);
+        EXPECT_TRUE(sim->addWell(core, "W1")) << g_trace;
+    }
     EXPECT_EQ(sim->newSequence(), MP_STATUS_OK) << g_trace;
     EXPECT_EQ(sim->run(iterations), MP_STATUS_OK) << sim->getLastMessage();
     return sim;
@@ -82,7 +93,7 @@ wxKeyEvent key(int code, bool shift = false, int unicode = WXK_NONE)
 class InterfaceCanvasTest : public ::testing::Test
 {
 protected:
-    static void SetUpTestSuite() { sim = small_block(false, 60, 50, 150).release(); }
+    static void SetUpTestSuite() { sim = small_block(false, 60, 50, 150, true).release(); }
     static void TearDownTestSuite() { delete sim; }
     const Network* network() const { return sim->network(); }
     const Domain& domain() const { return *sim->domain(); }
@@ -97,6 +108,7 @@ TEST_F(InterfaceCanvasTest, AerialViewShowsTheTopOrTheSliceOfEachNode)
 {
     View view(network(), colors);
     view.canvas()->setChannelReal(false);
+    view.canvas()->setWellLabels(false);
     view.canvas()->setViewType(InterfaceCanvas::aerial);
     const Domain& dom = domain();
     double zmin, zmax;
@@ -129,6 +141,7 @@ TEST_F(InterfaceCanvasTest, SectionsShowTheStacksBaseToTop)
     View view(network(), colors);
     view.canvas()->setChannelReal(false);
     view.canvas()->setUpperLimit(false);
+    view.canvas()->setWellLabels(false);
     view.canvas()->zscale_2D().value(200.);
     const Domain& dom = domain();
     for (int type : {InterfaceCanvas::x_section, InterfaceCanvas::y_section})
@@ -161,6 +174,38 @@ TEST_F(InterfaceCanvasTest, SectionsShowTheStacksBaseToTop)
         }
         EXPECT_GT(boxes_checked, 10);
     }
+}
+
+TEST_F(InterfaceCanvasTest, SectionsShowTheInterpretedFaciesOfTheirWells)
+{
+    const Domain& dom = domain();
+    int wi = -1, wj = -1;
+    for (int j = 0; j < dom.getNy(); ++j)
+        for (int i = 0; i < dom.getNx(); ++i)
+            if (dom.getObject(i, j).well() != nullptr)
+                wi = i, wj = j;
+    ASSERT_GE(wi, 0) << "the well W1 stands on no column";
+    const Well& well = *dom.getObject(wi, wj).well();
+    ASSERT_EQ(well.units().size(), 2u);
+    View view(network(), colors);
+    view.canvas()->setChannelReal(false);
+    view.canvas()->zscale_2D().value(200.);
+    view.canvas()->x_section_position().value(wi);
+    view.canvas()->setViewType(InterfaceCanvas::x_section);
+    double z = well.get_zbot();
+    for (const WellUnit& unit : well.units())
+    {
+        const double mid = view.canvas()->section_world_z(z + 0.5 * unit.thickness());
+        EXPECT_EQ(view.at((wj + 1.2) * dom.getDy(), mid).hex(),
+                  colors.facies_color(unit.facies(), 0, 0).hex())
+            << unit.facies().debug() << " at " << z;
+        z += unit.thickness();
+    }
+    view.canvas()->setRealWellFacies(false);
+    view.redraw();
+    EXPECT_NE(view.at((wj + 1.2) * dom.getDy(), view.canvas()->section_world_z(z - 0.2)).hex(),
+              colors.facies_color(well.units().back().facies(), 0, 0).hex())
+        << "'n' hides the interpreted facies";
 }
 
 TEST_F(InterfaceCanvasTest, PerspectiveDrawsOnlyTheVisibleFacesOfTheBlock)
