@@ -29,6 +29,7 @@ public:
     void loadState(const std::string& state);
 
 private:
+    void create_menu();
     void on_close(wxCloseEvent& event);
 
     InterfaceCanvas* _canvas;

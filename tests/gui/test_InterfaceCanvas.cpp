@@ -304,6 +304,30 @@ TEST_F(InterfaceCanvasTest, KeysAndCodingsFollowTheirRules)
     EXPECT_FALSE(c.ruler());
 }
 
+TEST_F(InterfaceCanvasTest, ANewWindowOpensWithTheViewOfTheLastOneClosed)
+{
+    std::string state;
+    {
+        View view(network(), colors);
+        view.canvas()->setViewType(InterfaceCanvas::y_section);
+        view.canvas()->zscale_2D().value(123.);
+        view.canvas()->y_section_position().value(7);
+        view.canvas()->setColorsCoding(4);
+        state = view.window->saveState();
+        view.window->Close(true);
+        view.window = new GraphicWindow(nullptr, network(), &colors, "closed");
+    }
+    View view(network(), colors);
+    EXPECT_EQ(view.window->saveState(), state);
+    EXPECT_EQ(view.canvas()->getViewType(), InterfaceCanvas::y_section);
+    EXPECT_EQ(view.canvas()->zscale_2D().value(), 123.);
+    EXPECT_EQ(view.canvas()->y_section_position().value(), 7);
+    EXPECT_EQ(view.canvas()->getColorsCoding(), 4);
+    view.canvas()->loadState("view_type=3\nzscale_2D=not a number\n");
+    EXPECT_EQ(view.canvas()->getViewType(), InterfaceCanvas::topo);
+    EXPECT_EQ(view.canvas()->zscale_2D().value(), 123.) << "a bad field keeps its value";
+}
+
 TEST_F(InterfaceCanvasTest, SnapshotsVideoAndTraceDumps)
 {
     View view(network(), colors, 500, 400);
@@ -332,6 +356,7 @@ TEST_F(InterfaceCanvasTest, SnapshotsVideoAndTraceDumps)
     EXPECT_TRUE(std::filesystem::exists(dir / "shot_test view_001.tif"));
     c.on_key(*std::make_unique<wxKeyEvent>(key('O')));
 
+    c.setViewType(InterfaceCanvas::aerial);
     sim->getTracer()->setTraceLevel(TRACE_DEBUG);
     clear_trace();
     c.trace("probe");
@@ -356,6 +381,7 @@ TEST(InterfaceCanvasPictures, EveryViewOfAFluvialAndATurbiditicRun)
                                                      {InterfaceCanvas::x_section, "x_section"},
                                                      {InterfaceCanvas::y_section, "y_section"},
                                                      {InterfaceCanvas::topo, "perspective"}};
+        view.canvas()->setColorsCoding(0);
         for (const auto& v : views)
         {
             view.canvas()->setViewType(v.first);
