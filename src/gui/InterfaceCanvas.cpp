@@ -484,6 +484,18 @@ void InterfaceCanvas::trace(const std::string& title) const
     _network->tracer()->trace(out.str(), TRACE_DEBUG);
 }
 
+namespace
+{
+// A saved attribute gives its value only: the bounds and the defaults are
+// those of the block now shown, which may not be the one it was saved on.
+template <typename T> void take_value(Attribute<T>& attribute, const std::string& text)
+{
+    Attribute<T> saved;
+    if (saved.deserialize(text))
+        attribute.value(saved.value());
+}
+} // namespace
+
 std::string InterfaceCanvas::saveState() const
 {
     std::ostringstream out;
@@ -512,19 +524,19 @@ void InterfaceCanvas::loadState(const std::string& state)
         else if (key == "colors_coding")
             _colors_coding = std::clamp(std::atoi(value.c_str()), 0, 4);
         else if (key == "zscale_2D")
-            _zscale_2D.deserialize(value);
+            take_value(_zscale_2D, value);
         else if (key == "zscale_3D")
-            _zscale_3D.deserialize(value);
+            take_value(_zscale_3D, value);
         else if (key == "x_section")
-            _x_section.deserialize(value);
+            take_value(_x_section, value);
         else if (key == "y_section")
-            _y_section.deserialize(value);
+            take_value(_y_section, value);
         else if (key == "rotation_x")
-            _rot_x.deserialize(value);
+            take_value(_rot_x, value);
         else if (key == "rotation_z")
-            _rot_z.deserialize(value);
+            take_value(_rot_z, value);
         else if (key == "distance")
-            _distance.deserialize(value);
+            take_value(_distance, value);
     }
     if (type >= aerial && type <= topo)
         setViewType(type);

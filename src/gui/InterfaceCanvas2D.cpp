@@ -3,6 +3,7 @@
 #include "gui/InterfaceCanvas.h"
 
 #include "kernel/Domain.h"
+#include "kernel/MeanderCalculator.h"
 #include "kernel/Network.h"
 #include "kernel/Well.h"
 #include "view/ColumnBoxes.h"
@@ -375,7 +376,7 @@ void InterfaceCanvas::create_2D_section_channel(bool along_y, int index, bool re
             const double h =
                 along_y ? p->getY() + t * (q->getY() - p->getY()) : p->getX() + t * (q->getX() - p->getX());
             const double z = p->getZ() + t * (q->getZ() - p->getZ());
-            const double depth = p->getFlowHmax();
+            const double depth = MeanderCalculator::hmax_from_hmean(_network->channel()->mean_depth());
             glBegin(GL_LINE_STRIP);
             for (int s = 0; s <= 20; ++s)
             {

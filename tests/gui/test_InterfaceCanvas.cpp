@@ -381,6 +381,9 @@ TEST(InterfaceCanvasPictures, EveryViewOfAFluvialAndATurbiditicRun)
                                                      {InterfaceCanvas::x_section, "x_section"},
                                                      {InterfaceCanvas::y_section, "y_section"},
                                                      {InterfaceCanvas::topo, "perspective"}};
+        // The view state left by the last window keeps this block's bounds.
+        EXPECT_EQ(view.canvas()->x_section_position().max(), 250);
+        EXPECT_EQ(view.canvas()->y_section_position().max(), 200);
         view.canvas()->setColorsCoding(0);
         for (const auto& v : views)
         {
