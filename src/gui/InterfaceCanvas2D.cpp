@@ -326,6 +326,19 @@ void InterfaceCanvas::create_2D_section(bool along_y, int index)
         glEnd();
         glDisable(GL_LINE_STIPPLE);
     }
+    // The elevation the channel rises or sinks towards, once it is set.
+    const double ep = _network->ep_elevation();
+    if (_view_equilibrium_profile && std::abs(ep) < 1e4)
+    {
+        glColor3f(0.f, 0.3f, 0.9f);
+        glEnable(GL_LINE_STIPPLE);
+        glLineStipple(1, 0xF0F0);
+        glBegin(GL_LINES);
+        glVertex2d(-0.5 * d, section_world_z(ep));
+        glVertex2d((n - 0.5) * d, section_world_z(ep));
+        glEnd();
+        glDisable(GL_LINE_STIPPLE);
+    }
     glEndList();
 }
 
