@@ -37,6 +37,11 @@ public:
     ~InterfaceCanvas() override;
 
     void observe(const Network* network);
+    // The model changed (a chunk ran, a surface was replaced): the next
+    // create_all rebuilds the 3D block too. Toggles and camera moves don't.
+    void model_changed() { ++_model_revision; }
+    // How many times the 3D block was built.
+    unsigned int block_builds() const { return _block_builds; }
     const Network* network() const { return _network; }
 
     void setViewType(int type);
@@ -244,6 +249,24 @@ private:
     GLuint _list_cube = 0;
     // The block's faces, one list per way they look, drawn when the eye may see them.
     GLuint _list_block[BlockMesh::SIDES] = {0, 0, 0, 0, 0, 0};
+    // What the block's lists were built from: rebuilt only when one changes.
+    struct BlockKey
+    {
+        const Network* network = nullptr;
+        unsigned int model = 0;
+        unsigned int age = 0;
+        int coding = -1;
+        unsigned int colors = 0;
+        bool operator==(const BlockKey& o) const
+        {
+            return network == o.network && model == o.model && age == o.age && coding == o.coding &&
+                   colors == o.colors;
+        }
+    };
+    BlockKey _block_key;
+    bool _block_built = false;
+    unsigned int _model_revision = 0;
+    unsigned int _block_builds = 0;
     GLuint _list_extra = 0;
     GLuint _list_legend = 0;
     GLuint _list_ruler = 0;

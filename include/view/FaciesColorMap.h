@@ -41,6 +41,9 @@ public:
     void setAgeRange(uint32_t oldest, uint32_t youngest);
     void setErodibilityRange(double low, double high);
 
+    // Counts the changes of the colours, so that a view knows when to repaint.
+    unsigned int revision() const { return _revision; }
+
     ViewColor getColor(unsigned char family) const { return _colors[family & 0x0F]; }
     void setColor(unsigned char family, const ViewColor& color);
     void restoreDefaults();
@@ -57,6 +60,7 @@ public:
 
 private:
     std::array<ViewColor, 16> _colors;
+    unsigned int _revision = 0;
     uint32_t _oldest = 0;
     uint32_t _youngest = 1;
     double _erod_low = 0.;

@@ -65,7 +65,10 @@ void GraphicWindow::observe(const Network* network)
 void GraphicWindow::refresh(bool full)
 {
     if (full)
+    {
+        _canvas->model_changed();
         _canvas->create_all();
+    }
     _canvas->render();
 }
 

@@ -76,6 +76,7 @@ bool InterfaceCanvas::turbiditic() const
 void InterfaceCanvas::observe(const Network* network)
 {
     _network = network;
+    model_changed();
     init();
 }
 
@@ -249,8 +250,6 @@ void InterfaceCanvas::create_all()
     for (GLuint* list : {&_list_map, &_list_channel_grid, &_list_channel_real, &_list_sections, &_list_wells,
                          &_list_cube, &_list_extra})
         delete_list(*list);
-    for (GLuint& list : _list_block)
-        delete_list(list);
     if (domain() != nullptr)
     {
         if (_view_3D)

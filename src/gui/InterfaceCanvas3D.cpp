@@ -23,7 +23,8 @@ void InterfaceCanvas::display_function_3D()
     double eye[3];
     eye_in_block(eye);
     for (int side = 0; side < BlockMesh::SIDES; ++side)
-        if (_list_block[side] != 0 && _mesh.may_face(static_cast<BlockMesh::Side>(side), eye))
+        if (_view_3D_block && _list_block[side] != 0 &&
+            _mesh.may_face(static_cast<BlockMesh::Side>(side), eye))
             glCallList(_list_block[side]);
     for (GLuint list : {_list_channel_grid, _list_channel_real})
         if (list != 0)
@@ -114,8 +115,18 @@ void InterfaceCanvas::create_3D_block()
 {
     if (!_view_3D_block)
         return;
-    _mesh.build(*domain(), _colors,
-                _colors_coding == FaciesColorMap::CODING_ERODIBILITY ? 0 : _colors_coding);
+    BlockKey key;
+    key.network = _network;
+    key.model = _model_revision;
+    key.age = _age;
+    key.coding = _colors_coding == FaciesColorMap::CODING_ERODIBILITY ? 0 : _colors_coding;
+    key.colors = _colors.revision();
+    if (_block_built && key == _block_key)
+        return;
+    _block_key = key;
+    _block_built = true;
+    ++_block_builds;
+    _mesh.build(*domain(), _colors, key.coding);
     for (int k = 0; k < BlockMesh::SIDES; ++k)
     {
         const auto side = static_cast<BlockMesh::Side>(k);

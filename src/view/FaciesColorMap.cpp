@@ -71,11 +71,13 @@ void FaciesColorMap::restoreDefaults()
 {
     for (unsigned char f = 0; f < _colors.size(); ++f)
         _colors[f] = defaultColor(f);
+    ++_revision;
 }
 
 void FaciesColorMap::setColor(unsigned char family, const ViewColor& color)
 {
     _colors[family & 0x0F] = color;
+    ++_revision;
 }
 
 void FaciesColorMap::setAgeRange(uint32_t oldest, uint32_t youngest)
@@ -161,6 +163,7 @@ bool FaciesColorMap::parse(const std::string& text, const std::string& source, s
         colors[family] = color;
     }
     _colors = colors;
+    ++_revision;
     return true;
 }
 

@@ -219,6 +219,26 @@ TEST_F(InterfaceCanvasTest, PerspectiveDrawsOnlyTheVisibleFacesOfTheBlock)
     for (size_t k = 0; k < rgb.size(); k += 3)
         drawn += rgb[k] != 255 || rgb[k + 1] != 255 || rgb[k + 2] != 255;
     EXPECT_GT(drawn, rgb.size() / 3 / 5) << "the block should cover a fifth of the view";
+    // Toggles and camera moves reuse the block; a new coding, new colours or a
+    // changed model rebuild it.
+    InterfaceCanvas& c = *view.canvas();
+    const unsigned int builds = c.block_builds();
+    c.setChannelReal(false);
+    c.setCube(false);
+    c.setViewType(InterfaceCanvas::aerial);
+    c.setViewType(InterfaceCanvas::topo);
+    c.run_command(ViewCommand::TURN_LEFT);
+    EXPECT_EQ(c.block_builds(), builds);
+    c.setColorsCoding(4);
+    EXPECT_EQ(c.block_builds(), builds + 1);
+    colors.setColor(2, ViewColor{1, 2, 3});
+    c.create_all();
+    EXPECT_EQ(c.block_builds(), builds + 2);
+    view.window->refresh(true);
+    EXPECT_EQ(c.block_builds(), builds + 3);
+    c.setView3DBlock(false);
+    c.setView3DBlock(true);
+    EXPECT_EQ(c.block_builds(), builds + 3);
     const BlockMesh& mesh = view.canvas()->block_mesh();
     // Every column has a top; most inner sides and all bottoms but the lowest are hidden.
     EXPECT_GE(mesh.quad_count(), static_cast<size_t>(domain().getNx() * domain().getNy()));
