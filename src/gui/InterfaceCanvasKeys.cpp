@@ -89,7 +89,6 @@ void InterfaceCanvas::run_command(ViewCommand command)
         warn(KeyboardTable::freeRefusal(command));
         return;
     }
-    const bool section = !_view_3D && _view_type != aerial;
     switch (command)
     {
     case ViewCommand::NONE:
@@ -241,7 +240,6 @@ void InterfaceCanvas::run_command(ViewCommand command)
         info(std::string(KeyboardTable::helpTitle()) + "\n" + KeyboardTable::help());
         return;
     }
-    (void)section;
     render();
 }
 
