@@ -16,7 +16,7 @@ if [ "${SARVO_PYTHON:-ON}" != "OFF" ]; then
 fi
 if [ "${SARVO_GUI:-ON}" != "OFF" ]; then
   packages+=(libwxgtk3.2-dev libgl1-mesa-dev libglu1-mesa-dev freeglut3-dev)
-  # The desktop's tests run under a virtual display with Mesa's software OpenGL.
+  # The desktop and block view tests draw on a virtual display with Mesa's software OpenGL.
   packages+=(xvfb xauth libgl1-mesa-dri)
 fi
 

@@ -1,26 +1,39 @@
 #pragma once
-// A window that shows the block of a network. This one is a plain panel
-// that names what it observes, until the block view takes its place.
+// A window of the application holding one block view, with its own view
+// state, which it saves and restores.
 
-#include <wx/frame.h>
+#include <wx/wx.h>
 
-class Network;
+#include <string>
+
 class FaciesColorMap;
-class wxStaticText;
+class InterfaceCanvas;
+class Network;
 
 class GraphicWindow : public wxFrame
 {
 public:
     GraphicWindow(wxWindow* parent, const Network* network, FaciesColorMap* colours, const wxString& title);
+    ~GraphicWindow() override;
 
-    // Follows another network (null before the model exists).
     void observe(const Network* network);
-    // `full` after iterations ran, otherwise a redraw of what is known.
+    // full: rebuild the lists from the model, then draw; otherwise draw only.
     void refresh(bool full);
 
+    InterfaceCanvas* canvas() const { return _canvas; }
+    // The surface that the Z cut view erodes the topography with ("" when none).
+    std::string get_zcut_parameters() const { return _zcut_file; }
+    void set_zcut_parameters(const std::string& file) { _zcut_file = file; }
+
+    std::string saveState() const;
+    void loadState(const std::string& state);
+
 private:
-    const Network* _network;
-    FaciesColorMap* _colours;
-    wxStaticText* _label;
-    unsigned int _refreshCount = 0;
+    void create_menu();
+    void on_close(wxCloseEvent& event);
+
+    InterfaceCanvas* _canvas;
+    std::string _zcut_file;
+    // The view state as it was when the window closed, for the next window.
+    static std::string _last_state;
 };

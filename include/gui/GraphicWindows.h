@@ -1,6 +1,8 @@
 #pragma once
 // The graphic windows of the frame. A window the user closes leaves the set.
 
+#include "view/FaciesColorMap.h"
+
 #include <wx/string.h>
 
 #include <vector>
@@ -23,9 +25,12 @@ public:
     size_t size() const { return _windows.size(); }
     bool empty() const { return _windows.empty(); }
     GraphicWindow* at(size_t index) const { return _windows.at(index); }
+    // The one colour map every window paints with.
+    FaciesColorMap& colours() { return _colours; }
 
 private:
     void forget(GraphicWindow* window);
 
     std::vector<GraphicWindow*> _windows;
+    FaciesColorMap _colours;
 };

@@ -6,7 +6,7 @@
 
 GraphicWindow* GraphicWindows::add(wxWindow* parent, const Network* network, const wxString& title)
 {
-    auto* window = new GraphicWindow(parent, network, nullptr, title);
+    auto* window = new GraphicWindow(parent, network, &_colours, title);
     wxWindow* base = window;
     base->Bind(wxEVT_DESTROY,
                [this, window, base](wxWindowDestroyEvent& event)

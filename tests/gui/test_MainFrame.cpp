@@ -3,6 +3,7 @@
 // every menu item once, and a desktop run whose block equals the batch run.
 
 #include "gui/MainFrame.h"
+#include "view/FaciesColorMap.h"
 
 #include "GuiTestSupport.h"
 #include "TestSupport.h"
@@ -425,6 +426,33 @@ TEST_F(Desktop, MenusStandInTheirOrder)
         EXPECT_EQ(pages[k], frame->notebook()->GetPageText(k).utf8_string());
 }
 
+TEST_F(Desktop, ComputeToolsAndColoursAnswerTheUser)
+{
+    run_until(6);
+    const size_t windows = wxTopLevelWindows.GetCount();
+    user.answers = {"0.5"};
+    command(frame, MainFrame::ID_SIMU_VPC);
+    EXPECT_EQ(windows + 1, wxTopLevelWindows.GetCount()) << user.all();
+    user.answers = {"-2"};
+    command(frame, MainFrame::ID_SIMU_HISTO);
+    EXPECT_TRUE(user.saw("Warning!", "The step must be a positive number of metres, not \"-2\"."));
+    // No well: the tool says why instead of drawing.
+    command(frame, MainFrame::ID_STACOND);
+    EXPECT_TRUE(user.sawTitle("Conditioning Statistics")) << user.all();
+
+    FaciesColorMap& colours = frame->graphic_windows().colours();
+    const std::string before = colours.text();
+    user.answers = {"0", "ff0000"};
+    command(frame, MainFrame::ID_CHANGE_COLOURS);
+    EXPECT_NE(colours.text(), before);
+    EXPECT_TRUE(contains(colours.text(), " ff0000"));
+    user.answers = {"0", "red"};
+    command(frame, MainFrame::ID_CHANGE_COLOURS);
+    EXPECT_TRUE(user.sawTitle("Warning!"));
+    command(frame, MainFrame::ID_RESTORE_COLOURS);
+    EXPECT_EQ(colours.text(), before);
+}
+
 TEST_F(Desktop, EveryMenuItemAnswersOnce)
 {
     run_until(6);
@@ -434,9 +462,10 @@ TEST_F(Desktop, EveryMenuItemAnswersOnce)
             command(frame, id);
     EXPECT_FALSE(user.opened.empty());
     EXPECT_TRUE(contains(user.opened.front(), "USERS_GUIDE.md"));
-    for (const char* what :
-         {"Simulation Vertical Proportion Curve", "Conditioning Statistics", "Change colors"})
-        EXPECT_TRUE(user.saw("Information!", std::string(what) + ": not available yet.")) << what;
+    // Unanswered, the tools that need a step and the colour items asked and stopped.
+    for (const char* what : {"Simulation Vertical Proportion Curve", "Wells Facies-Crossing Histogram",
+                             "Change colors", "Load facies colors", "Save facies colors"})
+        EXPECT_NE(std::find(user.asked.begin(), user.asked.end(), what), user.asked.end()) << what;
     EXPECT_TRUE(contains(user.all(), "no licence server")) << user.all();
     EXPECT_TRUE(contains(user.all(), "Research")) << user.all();
     EXPECT_TRUE(contains(user.all(), sim->getParameters()->getFullVersion())) << user.all();
