@@ -10,8 +10,8 @@
 #include "interface/iParameters.h"
 #include "interface/iTracer.h"
 #include "kernel/domain/Domain.h"
-#include "kernel/parameters/ParameterCodes.h"
 #include "kernel/driver/Simulator.h"
+#include "kernel/parameters/ParameterCodes.h"
 
 #include <benchmark/benchmark.h>
 #include <wx/wx.h>

@@ -4,10 +4,10 @@
 
 #include "interface/iParameters.h"
 #include "interface/iTracer.h"
-#include "kernel/domain/Domain.h"
-#include "kernel/network/Network.h"
-#include "kernel/driver/Simulator.h"
 #include "kernel/common/Tracer.h"
+#include "kernel/domain/Domain.h"
+#include "kernel/driver/Simulator.h"
+#include "kernel/network/Network.h"
 
 #include <benchmark/benchmark.h>
 

@@ -5,8 +5,8 @@
 #include "interface/iParameters.h"
 #include "interface/iTracer.h"
 #include "kernel/domain/Domain.h"
-#include "kernel/parameters/MeanderCalculator.h"
 #include "kernel/network/Network.h"
+#include "kernel/parameters/MeanderCalculator.h"
 
 #include <GL/freeglut.h>
 #include <GL/glu.h>

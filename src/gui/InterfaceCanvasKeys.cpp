@@ -6,8 +6,8 @@
 #include "gui/SliderInputDialog.h"
 #include "interface/iTracer.h"
 #include "kernel/domain/Domain.h"
-#include "kernel/network/Network.h"
 #include "kernel/files/Topo.h"
+#include "kernel/network/Network.h"
 
 #include <cmath>
 

@@ -2,12 +2,12 @@
 
 #include "interface/iDomain.h"
 #include "interface/iSimulator.h"
-#include "kernel/driver/ConditioningStatistics.h"
 #include "kernel/common/Constants.h"
-#include "kernel/files/Core.h"
-#include "kernel/files/CoreList.h"
+#include "kernel/driver/ConditioningStatistics.h"
 #include "kernel/driver/CrossingHistogram.h"
 #include "kernel/driver/FaciesProportions.h"
+#include "kernel/files/Core.h"
+#include "kernel/files/CoreList.h"
 #include "kernel/geometry/GridParams.h"
 #include "tools/PlotBuilder.h"
 

@@ -1,8 +1,8 @@
 #include "tools/PlotBuilder.h"
 
+#include "kernel/common/Facies.h"
 #include "kernel/driver/ConditioningStatistics.h"
 #include "kernel/driver/CrossingHistogram.h"
-#include "kernel/common/Facies.h"
 #include "kernel/driver/FaciesProportions.h"
 
 #include <algorithm>

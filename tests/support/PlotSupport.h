@@ -3,8 +3,8 @@
 // plots for their round trips through tables.
 
 #include "SimulatorSupport.h"
-#include "kernel/files/Core.h"
 #include "kernel/domain/Domain.h"
+#include "kernel/files/Core.h"
 #include "tools/PlotData.h"
 
 #include <cmath>

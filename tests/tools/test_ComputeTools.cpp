@@ -2,8 +2,8 @@
 
 #include "PlotSupport.h"
 #include "TestSupport.h"
-#include "kernel/files/CoreList.h"
 #include "kernel/common/Facies.h"
+#include "kernel/files/CoreList.h"
 
 #include <gtest/gtest.h>
 

@@ -1,10 +1,10 @@
 #include "tools/PlotBuilder.h"
 
 #include "kernel/driver/ConditioningStatistics.h"
-#include "kernel/files/Core.h"
-#include "kernel/files/CoreList.h"
 #include "kernel/driver/CrossingHistogram.h"
 #include "kernel/driver/FaciesProportions.h"
+#include "kernel/files/Core.h"
+#include "kernel/files/CoreList.h"
 
 #include <gtest/gtest.h>
 

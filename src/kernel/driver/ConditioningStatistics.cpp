@@ -2,9 +2,9 @@
 
 #include "kernel/common/Assert.h"
 #include "kernel/common/Constants.h"
+#include "kernel/common/Facies.h"
 #include "kernel/files/Core.h"
 #include "kernel/files/CoreList.h"
-#include "kernel/common/Facies.h"
 
 #include <algorithm>
 

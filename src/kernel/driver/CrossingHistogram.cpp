@@ -1,9 +1,9 @@
 #include "kernel/driver/CrossingHistogram.h"
 
 #include "kernel/common/Constants.h"
+#include "kernel/common/Facies.h"
 #include "kernel/files/Core.h"
 #include "kernel/files/CoreList.h"
-#include "kernel/common/Facies.h"
 
 #include <algorithm>
 #include <cmath>
