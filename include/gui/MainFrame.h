@@ -240,7 +240,8 @@ private:
     void compute_well_histo(wxCommandEvent&);
     void compute_well_histo_cumul(wxCommandEvent&);
     void compute_stacond(wxCommandEvent&);
-    void not_available_yet(const wxString& what);
+    bool ask_starting_file(const std::string& refusal, const std::string& title, const std::string& pattern,
+                           std::string& path);
     bool ask_tool_step(const std::string& title, double& step);
     void show_tool(const std::string& title, bool computed, const PlotData& plot, const std::string& error);
     void run_step_tool(const std::string& title,

@@ -247,17 +247,25 @@ void MainFrame::forward_project(wxCommandEvent&)
     after_project_change();
 }
 
-void MainFrame::launch_journal(wxCommandEvent&)
+// A journal or a batch file starts a simulation of its own: refused once one has started.
+bool MainFrame::ask_starting_file(const std::string& refusal, const std::string& title,
+                                  const std::string& pattern, std::string& path)
 {
     if (_project == nullptr)
-        return;
+        return false;
     if (!_paused || _simulator->getAge() > 0)
     {
-        show_message("Warning!", "Journal file can't be launched when the simulation is already started.");
-        return;
+        show_message("Warning!", refusal);
+        return false;
     }
+    return dialogs().askOpenFile(title, pattern, path);
+}
+
+void MainFrame::launch_journal(wxCommandEvent&)
+{
     std::string path;
-    if (!dialogs().askOpenFile("Choose Journal File", "*.jnl", path))
+    if (!ask_starting_file("Journal file can't be launched when the simulation is already started.",
+                           "Choose Journal File", "*.jnl", path))
         return;
     _project->setInputJournal(path);
     if (!_project->readInitFromInputJnl())
@@ -271,15 +279,9 @@ void MainFrame::launch_journal(wxCommandEvent&)
 
 void MainFrame::launch_batch(wxCommandEvent&)
 {
-    if (_project == nullptr)
-        return;
-    if (!_paused || _simulator->getAge() > 0)
-    {
-        show_message("Warning!", "Batch file can't be launched when the simulation is already started.");
-        return;
-    }
     std::string path;
-    if (!dialogs().askOpenFile("Choose batch File", "*.*", path))
+    if (!ask_starting_file("Batch file can't be launched when the simulation is already started.",
+                           "Choose batch File", "*.*", path))
         return;
     _project->launch_batch(path);
     _graphics.observe(network());

@@ -15,11 +15,6 @@ using StepTool = bool (*)(const iSimulator&, double, PlotData&, std::string&);
 using WholeTool = bool (*)(const iSimulator&, PlotData&, std::string&);
 } // namespace
 
-void MainFrame::not_available_yet(const wxString& what)
-{
-    show_message("Information!", (what + ": not available yet.").utf8_string());
-}
-
 // The slice height or class width, proposed at the tools' default.
 bool MainFrame::ask_tool_step(const std::string& title, double& step)
 {
