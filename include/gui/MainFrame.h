@@ -240,6 +240,7 @@ private:
     void compute_well_histo(wxCommandEvent&);
     void compute_well_histo_cumul(wxCommandEvent&);
     void compute_stacond(wxCommandEvent&);
+    bool may_navigate();
     bool ask_starting_file(const std::string& refusal, const std::string& title, const std::string& pattern,
                            std::string& path);
     bool ask_tool_step(const std::string& title, double& step);

@@ -213,17 +213,25 @@ bool MainFrame::save_project_as()
     return true;
 }
 
-void MainFrame::backward_project(wxCommandEvent&)
+// Navigation needs a paused project with saved iterations.
+bool MainFrame::may_navigate()
 {
     if (_project == nullptr || !_paused)
-        return;
+        return false;
     std::vector<unsigned int> saved;
     _project->getIterList(saved);
     if (saved.empty())
     {
         show_message("Warning!", "Warning: You must start an existing project before.");
-        return;
+        return false;
     }
+    return true;
+}
+
+void MainFrame::backward_project(wxCommandEvent&)
+{
+    if (!may_navigate())
+        return;
     if (!_project->loadPrevious())
         show_message("Warning!", "Warning: Journal file seems to be corrupted!");
     after_project_change();
@@ -231,15 +239,8 @@ void MainFrame::backward_project(wxCommandEvent&)
 
 void MainFrame::forward_project(wxCommandEvent&)
 {
-    if (_project == nullptr || !_paused)
+    if (!may_navigate())
         return;
-    std::vector<unsigned int> saved;
-    _project->getIterList(saved);
-    if (saved.empty())
-    {
-        show_message("Warning!", "Warning: You must start an existing project before.");
-        return;
-    }
     if (!_project->loadNext())
         show_message(
             "Warning!",
