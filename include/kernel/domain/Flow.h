@@ -25,6 +25,9 @@ public:
     friend Flow operator+(const Flow& a, const Flow& b);
     friend Flow operator*(const Flow& f, double k);
     friend Flow operator/(const Flow& f, double k);
+    // a * ka + b * kb field by field, as the operators compute it, with a
+    // single copy: the other members come from a.
+    static Flow weighted_sum(const Flow& a, double ka, const Flow& b, double kb);
 
     void init_flow(double width, double hmean, double u0, double u1, double cf,
                    const std::vector<double>& proportions);
@@ -74,6 +77,9 @@ public:
     MeanderCalculator const* mc() const { return _mc; }
 
 private:
+    std::vector<double> c0_height_factors() const;
+    double cmp_c0(const Grainsize& grainsize, double ustar, const std::vector<double>& factors) const;
+
     bool turbidite() const;
 
     double _width;

@@ -231,7 +231,7 @@ double Channel::get_curvature_at_point(const Point2D& p, const ChannelPoint* cp1
 Flow Channel::get_flow_at_point(const Point2D& p, const ChannelPoint* cp1, const ChannelPoint* cp2) const
 {
     const double t = clamp01(norm_proj_new(p, cp1, cp2));
-    return cp1->flow() * (1. - t) + cp2->flow() * t;
+    return Flow::weighted_sum(cp1->flow(), 1. - t, cp2->flow(), t);
 }
 
 int Channel::point_at_outer_side(const Point2D& p, const ChannelPoint* cp1, const ChannelPoint* cp2) const

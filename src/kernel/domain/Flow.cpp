@@ -8,6 +8,7 @@
 #include "kernel/parameters/MeanderCalculator.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <sstream>
 
@@ -148,6 +149,18 @@ Flow operator*(const Flow& f, double k)
     return r;
 }
 
+Flow Flow::weighted_sum(const Flow& a, double ka, const Flow& b, double kb)
+{
+    Flow r(a);
+    r._hmean = a._hmean * ka + b._hmean * kb;
+    r._hflow_max = a._hflow_max * ka + b._hflow_max * kb;
+    r._superelevation = a._superelevation * ka + b._superelevation * kb;
+    r._u0 = a._u0 * ka + b._u0 * kb;
+    r._u1 = a._u1 * ka + b._u1 * kb;
+    r._cmean = a._cmean * ka + b._cmean * kb;
+    return r;
+}
+
 Flow operator/(const Flow& f, double k)
 {
     if (k == 0.)
@@ -270,26 +283,53 @@ double Flow::rouse_profile_at(const Grainsize& grainsize, double z, double c0, d
     return c0 * std::pow((a / (h - a)) * ((h - z) / z), rouse);
 }
 
-// The reference concentration that makes the depth-averaged profile carry
-// the class's share of the mean load.
-double Flow::cmp_c0(const Grainsize& grainsize, int side) const
+// The height factor (a / (H - a)) * ((H - z) / z) of the Rouse profile at
+// each sample height of the normalisation. It does not depend on the class,
+// so the classes of one flow share it. Empty when the flow is too shallow to
+// sample; a sample is 0 when the reference height leaves no depth above it.
+std::vector<double> Flow::c0_height_factors() const
 {
-    const double base = _mc->global_concentration() * grainsize.proportion();
+    std::vector<double> factors;
     const double h = _hflow_max;
-    const double ustar = cmp_bed_shear_velocity(side);
-    if (h < C0_FIRST_HEIGHT || ustar <= 0.)
-        return std::max(0., base);
+    if (h < C0_FIRST_HEIGHT)
+        return factors;
+    const double a = ROUSE_REFERENCE * h;
     const double step = h / C0_SAMPLES;
-    double sum = 0.;
-    int count = 0;
+    factors.reserve(C0_SAMPLES + 2);
     for (double z = C0_FIRST_HEIGHT; z <= h; z += step)
     {
-        sum += rouse_profile_at(grainsize, z, 1., ustar);
-        count++;
+        if (h - a <= MP_EPSILON)
+        {
+            factors.push_back(0.);
+            continue;
+        }
+        double zc = std::max(z, a);
+        if (h - zc < MP_EPSILON)
+            zc = 0.99 * h;
+        factors.push_back((a / (h - a)) * ((h - zc) / zc));
     }
+    return factors;
+}
+
+// The reference concentration that makes the depth-averaged profile carry
+// the class's share of the mean load, from the height factors of the flow.
+double Flow::cmp_c0(const Grainsize& grainsize, double ustar, const std::vector<double>& factors) const
+{
+    const double base = _mc->global_concentration() * grainsize.proportion();
+    if (factors.empty() || ustar <= 0.)
+        return std::max(0., base);
+    const double rouse = grainsize.settling_velocity() / (VON_KARMAN * ustar);
+    double sum = 0.;
+    for (double x : factors)
+        sum += x == 0. ? 0. : std::pow(x, rouse);
     if (sum <= 0.)
         return std::max(0., base);
-    return std::max(0., base / (sum / count));
+    return std::max(0., base / (sum / static_cast<double>(factors.size())));
+}
+
+double Flow::cmp_c0(const Grainsize& grainsize, int side) const
+{
+    return cmp_c0(grainsize, cmp_bed_shear_velocity(side), c0_height_factors());
 }
 
 // Fitted reference concentration: grows with the excess of shear velocity
@@ -306,12 +346,16 @@ double Flow::cmp_c0_quick(const Grainsize& grainsize, int side) const
 void Flow::cmp_c0(int side, bool quick)
 {
     _c0.clear();
+    const double ustar = cmp_bed_shear_velocity(side);
+    std::vector<double> factors;
+    if (!quick)
+        factors = c0_height_factors();
     for (const Grainsize& g : _sed_load)
     {
         if (g.proportion() == 0.)
             _c0.push_back(0.);
         else
-            _c0.push_back(quick ? cmp_c0_quick(g, side) : cmp_c0(g, side));
+            _c0.push_back(quick ? cmp_c0_quick(g, side) : cmp_c0(g, ustar, factors));
     }
 }
 
@@ -321,7 +365,8 @@ double Flow::flow_percent_grainsize_at(double z, double percent, int side) const
 {
     MP_ASSERT(_c0.size() == _sed_load.size());
     const double ustar = cmp_bed_shear_velocity(side);
-    std::vector<double> conc(_sed_load.size(), 0.);
+    std::array<double, MD_NB_CLASS_GR> conc{};
+    MP_ASSERT(_sed_load.size() <= conc.size());
     int first = -1;
     double sum = 0.;
     for (std::size_t i = 0; i < _sed_load.size(); i++)
@@ -339,7 +384,7 @@ double Flow::flow_percent_grainsize_at(double z, double percent, int side) const
         return Facies::class_to_granulo(first + 1);
     double share = 0.;
     int reached = first;
-    for (std::size_t i = 0; i < conc.size(); i++)
+    for (std::size_t i = 0; i < _sed_load.size(); i++)
     {
         if (conc[i] == 0.)
             continue;

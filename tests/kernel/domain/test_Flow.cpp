@@ -198,6 +198,20 @@ TEST_F(FlowTest, CopiesArithmeticAndRefusals)
     EXPECT_EQ(mid.pde_b(), f1.pde_b());
     const Flow scaled = f1 * 0.25 + f2 * 0.75;
     EXPECT_DOUBLE_EQ(scaled.u0(), 0.3 + 1.5);
+    // The one-copy blend of the sections gives the operators' values bit for bit.
+    for (double t : {0., 0.1, 0.37, 0.5, 0.93, 1.})
+    {
+        const Flow ops = f1 * (1. - t) + f2 * t;
+        const Flow blend = Flow::weighted_sum(f1, 1. - t, f2, t);
+        EXPECT_EQ(blend.hmean(), ops.hmean()) << t;
+        EXPECT_EQ(blend.hflow_max(), ops.hflow_max()) << t;
+        EXPECT_EQ(blend.superelevation(), ops.superelevation()) << t;
+        EXPECT_EQ(blend.u0(), ops.u0()) << t;
+        EXPECT_EQ(blend.u1(), ops.u1()) << t;
+        EXPECT_EQ(blend.cmean(), ops.cmean()) << t;
+        EXPECT_EQ(blend.width(), ops.width()) << t;
+        EXPECT_EQ(blend.pde_b(), ops.pde_b()) << t;
+    }
     const Flow same = f1 / 0.;
     EXPECT_EQ(same.hmean(), f1.hmean());
     EXPECT_EQ(same.u1(), f1.u1());
