@@ -9,6 +9,7 @@
 #include <vector>
 
 class MeanderCalculator;
+class RouseSumTable;
 class iTracer;
 
 class Flow
@@ -45,6 +46,9 @@ public:
     double cmp_c0(const Grainsize& grainsize, int side) const;
     double cmp_c0_quick(const Grainsize& grainsize, int side) const;
     void cmp_c0(int side, bool quick);
+    // ln of the Rouse height factors sampled over a depth h (>= 0.01 m) by
+    // the normalisation of the reference concentrations.
+    static std::vector<double> c0_log_factors(double h);
     double rouse_profile_at(const Grainsize& grainsize, double z, double c0, double ustar) const;
     double flow_percent_grainsize_at(double z, double percent, int side) const;
     void discretized_grainsize_profile(double a, double b, std::vector<double>& grains,
@@ -77,8 +81,8 @@ public:
     MeanderCalculator const* mc() const { return _mc; }
 
 private:
-    std::vector<double> c0_height_factors() const;
-    double cmp_c0(const Grainsize& grainsize, double ustar, const std::vector<double>& factors) const;
+    RouseSumTable* rouse_sum_table() const;
+    double cmp_c0(const Grainsize& grainsize, double ustar, RouseSumTable* table) const;
 
     bool turbidite() const;
 

@@ -1,5 +1,7 @@
 #include "kernel/domain/Flow.h"
 
+#include "kernel/domain/RouseSumTable.h"
+
 #include "interface/iParameters.h"
 #include "interface/iTracer.h"
 #include "kernel/common/Assert.h"
@@ -284,26 +286,18 @@ double Flow::rouse_profile_at(const Grainsize& grainsize, double z, double c0, d
 }
 
 // The logarithm of the height factor (a / (H - a)) * ((H - z) / z) of the
-// Rouse profile at each sample height of the normalisation. It does not depend
-// on the class, so the classes of one flow share it. Empty when the flow is
-// too shallow to sample; MP_MIN_REAL_VALUE marks a null sample, where the
-// reference height leaves no depth above it.
-std::vector<double> Flow::c0_height_factors() const
+// Rouse profile at each sample height of the normalisation, for a depth H of
+// at least C0_FIRST_HEIGHT. It does not depend on the class, so the classes
+// of one flow share it.
+std::vector<double> Flow::c0_log_factors(double h)
 {
+    MP_ASSERT(h >= C0_FIRST_HEIGHT);
     std::vector<double> factors;
-    const double h = _hflow_max;
-    if (h < C0_FIRST_HEIGHT)
-        return factors;
     const double a = ROUSE_REFERENCE * h;
     const double step = h / C0_SAMPLES;
     factors.reserve(C0_SAMPLES + 2);
     for (double z = C0_FIRST_HEIGHT; z <= h; z += step)
     {
-        if (h - a <= MP_EPSILON)
-        {
-            factors.push_back(MP_MIN_REAL_VALUE);
-            continue;
-        }
         double zc = std::max(z, a);
         if (h - zc < MP_EPSILON)
             zc = 0.99 * h;
@@ -313,26 +307,30 @@ std::vector<double> Flow::c0_height_factors() const
 }
 
 // The reference concentration that makes the depth-averaged profile carry
-// the class's share of the mean load, from the height factors of the flow.
-double Flow::cmp_c0(const Grainsize& grainsize, double ustar, const std::vector<double>& factors) const
+// the class's share of the mean load. The sum of the Rouse factors over the
+// sample heights comes from the depth's table (null when too shallow).
+double Flow::cmp_c0(const Grainsize& grainsize, double ustar, RouseSumTable* table) const
 {
     const double base = _mc->global_concentration() * grainsize.proportion();
-    if (factors.empty() || ustar <= 0.)
+    if (table == nullptr || ustar <= 0.)
         return std::max(0., base);
     const double rouse = grainsize.settling_velocity() / (VON_KARMAN * ustar);
-    double sum = 0.;
-    // x^rouse as exp(rouse * log x), the logarithms taken once per flow: the
-    // same value within a few units in the last place, at a third of the cost.
-    for (double log_x : factors)
-        sum += log_x == MP_MIN_REAL_VALUE ? 0. : std::exp(rouse * log_x);
-    if (sum <= 0.)
+    const double sum = std::exp(table->log_sum(rouse));
+    if (!(sum > 0.))
         return std::max(0., base);
-    return std::max(0., base / (sum / static_cast<double>(factors.size())));
+    return std::max(0., base / (sum / static_cast<double>(table->log_factors().size())));
+}
+
+RouseSumTable* Flow::rouse_sum_table() const
+{
+    if (_hflow_max < C0_FIRST_HEIGHT)
+        return nullptr;
+    return &RouseSumTable::for_depth(_hflow_max, &Flow::c0_log_factors);
 }
 
 double Flow::cmp_c0(const Grainsize& grainsize, int side) const
 {
-    return cmp_c0(grainsize, cmp_bed_shear_velocity(side), c0_height_factors());
+    return cmp_c0(grainsize, cmp_bed_shear_velocity(side), rouse_sum_table());
 }
 
 // Fitted reference concentration: grows with the excess of shear velocity
@@ -350,15 +348,13 @@ void Flow::cmp_c0(int side, bool quick)
 {
     _c0.clear();
     const double ustar = cmp_bed_shear_velocity(side);
-    std::vector<double> factors;
-    if (!quick)
-        factors = c0_height_factors();
+    RouseSumTable* table = quick ? nullptr : rouse_sum_table();
     for (const Grainsize& g : _sed_load)
     {
         if (g.proportion() == 0.)
             _c0.push_back(0.);
         else
-            _c0.push_back(quick ? cmp_c0_quick(g, side) : cmp_c0(g, ustar, factors));
+            _c0.push_back(quick ? cmp_c0_quick(g, side) : cmp_c0(g, ustar, table));
     }
 }
 
