@@ -82,7 +82,7 @@ public:
 
 private:
     RouseSumTable* rouse_sum_table() const;
-    double cmp_c0(const Grainsize& grainsize, double ustar, RouseSumTable* table) const;
+    double cmp_c0(const Grainsize& grainsize, double ustar, RouseSumTable* table, double concentration) const;
 
     bool turbidite() const;
 

@@ -322,7 +322,7 @@ void Channel::collect_grid_points(const GridParams& geom, std::vector<ChannelGri
                             mix(prev->getFlowHmax(), cp->getFlowHmax(), t);
                 const double c = mix(prev->getC(), cp->getC(), t);
                 point.curvature = c;
-                point.flow = prev->flow() * (1. - t) + cp->flow() * t;
+                point.flow = Flow::weighted_sum(prev->flow(), 1. - t, cp->flow(), t);
                 const double s = static_cast<double>(get_side(*prev, *cp, position));
                 point.side = s * c < 0. ? 1 : (s * c > 0. ? -1 : 0);
             }

@@ -309,9 +309,10 @@ std::vector<double> Flow::c0_log_factors(double h)
 // The reference concentration that makes the depth-averaged profile carry
 // the class's share of the mean load. The sum of the Rouse factors over the
 // sample heights comes from the depth's table (null when too shallow).
-double Flow::cmp_c0(const Grainsize& grainsize, double ustar, RouseSumTable* table) const
+double Flow::cmp_c0(const Grainsize& grainsize, double ustar, RouseSumTable* table,
+                    double concentration) const
 {
-    const double base = _mc->global_concentration() * grainsize.proportion();
+    const double base = concentration * grainsize.proportion();
     if (table == nullptr || ustar <= 0.)
         return std::max(0., base);
     const double rouse = grainsize.settling_velocity() / (VON_KARMAN * ustar);
@@ -330,7 +331,7 @@ RouseSumTable* Flow::rouse_sum_table() const
 
 double Flow::cmp_c0(const Grainsize& grainsize, int side) const
 {
-    return cmp_c0(grainsize, cmp_bed_shear_velocity(side), rouse_sum_table());
+    return cmp_c0(grainsize, cmp_bed_shear_velocity(side), rouse_sum_table(), _mc->global_concentration());
 }
 
 // Fitted reference concentration: grows with the excess of shear velocity
@@ -349,12 +350,14 @@ void Flow::cmp_c0(int side, bool quick)
     _c0.clear();
     const double ustar = cmp_bed_shear_velocity(side);
     RouseSumTable* table = quick ? nullptr : rouse_sum_table();
+    // Read once for all the classes: a registry look-up costs more than a class.
+    const double concentration = _mc->global_concentration();
     for (const Grainsize& g : _sed_load)
     {
         if (g.proportion() == 0.)
             _c0.push_back(0.);
         else
-            _c0.push_back(quick ? cmp_c0_quick(g, side) : cmp_c0(g, ustar, table));
+            _c0.push_back(quick ? cmp_c0_quick(g, side) : cmp_c0(g, ustar, table, concentration));
     }
 }
 
