@@ -369,6 +369,19 @@ double Flow::flow_percent_grainsize_at(double z, double percent, int side) const
     const double ustar = cmp_bed_shear_velocity(side);
     std::array<double, MD_NB_CLASS_GR> conc{};
     MP_ASSERT(_sed_load.size() <= conc.size());
+    // The Rouse rule with its height factor x taken once for all the classes,
+    // x^r as exp(r ln x).
+    const double h = _hflow_max;
+    const double a = ROUSE_REFERENCE * h;
+    const bool carried = ustar > 0. && h - a > MP_EPSILON;
+    double log_x = 0.;
+    if (carried)
+    {
+        double zc = std::max(z, a);
+        if (h - zc < MP_EPSILON)
+            zc = 0.99 * h;
+        log_x = std::log((a / (h - a)) * ((h - zc) / zc));
+    }
     int first = -1;
     double sum = 0.;
     for (std::size_t i = 0; i < _sed_load.size(); i++)
@@ -377,7 +390,8 @@ double Flow::flow_percent_grainsize_at(double z, double percent, int side) const
             continue;
         if (first < 0)
             first = static_cast<int>(i);
-        conc[i] = rouse_profile_at(_sed_load[i], z, _c0[i], ustar);
+        if (carried)
+            conc[i] = _c0[i] * std::exp(_sed_load[i].settling_velocity() / (VON_KARMAN * ustar) * log_x);
         sum += conc[i];
     }
     if (first < 0)
