@@ -29,6 +29,8 @@ public:
     // a * ka + b * kb field by field, as the operators compute it, with a
     // single copy: the other members come from a.
     static Flow weighted_sum(const Flow& a, double ka, const Flow& b, double kb);
+    // The same into this flow, reusing its storage.
+    void assign_weighted_sum(const Flow& a, double ka, const Flow& b, double kb);
 
     void init_flow(double width, double hmean, double u0, double u1, double cf,
                    const std::vector<double>& proportions);

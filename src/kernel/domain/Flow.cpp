@@ -153,14 +153,27 @@ Flow operator*(const Flow& f, double k)
 
 Flow Flow::weighted_sum(const Flow& a, double ka, const Flow& b, double kb)
 {
-    Flow r(a);
-    r._hmean = a._hmean * ka + b._hmean * kb;
-    r._hflow_max = a._hflow_max * ka + b._hflow_max * kb;
-    r._superelevation = a._superelevation * ka + b._superelevation * kb;
-    r._u0 = a._u0 * ka + b._u0 * kb;
-    r._u1 = a._u1 * ka + b._u1 * kb;
-    r._cmean = a._cmean * ka + b._cmean * kb;
+    Flow r(a._mc);
+    r.assign_weighted_sum(a, ka, b, kb);
     return r;
+}
+
+void Flow::assign_weighted_sum(const Flow& a, double ka, const Flow& b, double kb)
+{
+    // Computed before the copy, which may overwrite b.
+    const double hmean = a._hmean * ka + b._hmean * kb;
+    const double hflow_max = a._hflow_max * ka + b._hflow_max * kb;
+    const double superelevation = a._superelevation * ka + b._superelevation * kb;
+    const double u0 = a._u0 * ka + b._u0 * kb;
+    const double u1 = a._u1 * ka + b._u1 * kb;
+    const double cmean = a._cmean * ka + b._cmean * kb;
+    *this = a;
+    _hmean = hmean;
+    _hflow_max = hflow_max;
+    _superelevation = superelevation;
+    _u0 = u0;
+    _u1 = u1;
+    _cmean = cmean;
 }
 
 Flow operator/(const Flow& f, double k)
