@@ -9,6 +9,7 @@
 #include <vector>
 
 class MeanderCalculator;
+class RouseSumTable;
 class iTracer;
 
 class Flow
@@ -25,6 +26,11 @@ public:
     friend Flow operator+(const Flow& a, const Flow& b);
     friend Flow operator*(const Flow& f, double k);
     friend Flow operator/(const Flow& f, double k);
+    // a * ka + b * kb field by field, as the operators compute it, with a
+    // single copy: the other members come from a.
+    static Flow weighted_sum(const Flow& a, double ka, const Flow& b, double kb);
+    // The same into this flow, reusing its storage.
+    void assign_weighted_sum(const Flow& a, double ka, const Flow& b, double kb);
 
     void init_flow(double width, double hmean, double u0, double u1, double cf,
                    const std::vector<double>& proportions);
@@ -42,6 +48,9 @@ public:
     double cmp_c0(const Grainsize& grainsize, int side) const;
     double cmp_c0_quick(const Grainsize& grainsize, int side) const;
     void cmp_c0(int side, bool quick);
+    // ln of the Rouse height factors sampled over a depth h (>= 0.01 m) by
+    // the normalisation of the reference concentrations.
+    static std::vector<double> c0_log_factors(double h);
     double rouse_profile_at(const Grainsize& grainsize, double z, double c0, double ustar) const;
     double flow_percent_grainsize_at(double z, double percent, int side) const;
     void discretized_grainsize_profile(double a, double b, std::vector<double>& grains,
@@ -74,6 +83,9 @@ public:
     MeanderCalculator const* mc() const { return _mc; }
 
 private:
+    RouseSumTable* rouse_sum_table() const;
+    double cmp_c0(const Grainsize& grainsize, double ustar, RouseSumTable* table, double concentration) const;
+
     bool turbidite() const;
 
     double _width;

@@ -231,7 +231,7 @@ double Channel::get_curvature_at_point(const Point2D& p, const ChannelPoint* cp1
 Flow Channel::get_flow_at_point(const Point2D& p, const ChannelPoint* cp1, const ChannelPoint* cp2) const
 {
     const double t = clamp01(norm_proj_new(p, cp1, cp2));
-    return cp1->flow() * (1. - t) + cp2->flow() * t;
+    return Flow::weighted_sum(cp1->flow(), 1. - t, cp2->flow(), t);
 }
 
 int Channel::point_at_outer_side(const Point2D& p, const ChannelPoint* cp1, const ChannelPoint* cp2) const
@@ -295,9 +295,16 @@ void Channel::find_grid_points_new(const GridParams& geom, std::vector<ChannelGr
 // adds the bed, the curvature, the flow and the side.
 void Channel::collect_grid_points(const GridParams& geom, std::vector<ChannelGridPoint>& out, bool full) const
 {
-    out.clear();
+    // With `full`, the points already in `out` are written over, so that
+    // their flows keep their storage from one iteration to the next.
+    if (!full)
+        out.clear();
+    std::size_t count = 0;
     if (_first == nullptr)
+    {
+        out.clear();
         return;
+    }
     std::vector<std::pair<int, int>> cells;
     for (const ChannelPoint* cp = _first->next(); cp != nullptr; cp = cp->next())
     {
@@ -312,7 +319,8 @@ void Channel::collect_grid_points(const GridParams& geom, std::vector<ChannelGri
             const double t = clamp01(norm_proj_new(position, prev, cp));
             const double z = mix(prev->get_elevation(), cp->get_elevation(), t);
             // Built in place: a grid point carries a whole flow.
-            ChannelGridPoint& point = out.emplace_back(_mc);
+            ChannelGridPoint& point = count < out.size() ? out[count] : out.emplace_back(_mc);
+            count++;
             point.ix = cell.first;
             point.iy = cell.second;
             point.z = z;
@@ -322,12 +330,13 @@ void Channel::collect_grid_points(const GridParams& geom, std::vector<ChannelGri
                             mix(prev->getFlowHmax(), cp->getFlowHmax(), t);
                 const double c = mix(prev->getC(), cp->getC(), t);
                 point.curvature = c;
-                point.flow = prev->flow() * (1. - t) + cp->flow() * t;
+                point.flow.assign_weighted_sum(prev->flow(), 1. - t, cp->flow(), t);
                 const double s = static_cast<double>(get_side(*prev, *cp, position));
                 point.side = s * c < 0. ? 1 : (s * c > 0. ? -1 : 0);
             }
         }
     }
+    out.erase(out.begin() + static_cast<std::ptrdiff_t>(count), out.end());
 }
 
 void Channel::put_route_on_grid(Grid2D<std::pair<ChannelPoint*, ChannelPoint*>>& grid) const
@@ -422,6 +431,7 @@ void Channel::update_section_new(Domain* domain, MassBalance* mb, const ChannelP
     std::vector<double> profile_grains;
     std::vector<double> profile_heights;
     const SectionFrame frame(cp1, cp2);
+    Flow flow(_mc);
     find_grid_points_for_section(cp1, cp2, *domain, cells);
     for (const auto& cell : cells)
     {
@@ -469,7 +479,9 @@ void Channel::update_section_new(Domain* domain, MassBalance* mb, const ChannelP
         if (stack.is_under_channel())
             continue;
 
-        Flow flow = get_flow_at_point(p, cp1, cp2);
+        // get_flow_at_point, into the storage of the section's one flow.
+        const double t = clamp01(norm_proj_new(p, cp1, cp2));
+        flow.assign_weighted_sum(cp1->flow(), 1. - t, cp2->flow(), t);
         const double a = top - bed;
         const double b = e - bed;
         if (proxy)

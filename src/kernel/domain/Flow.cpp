@@ -1,5 +1,7 @@
 #include "kernel/domain/Flow.h"
 
+#include "kernel/domain/RouseSumTable.h"
+
 #include "interface/iParameters.h"
 #include "interface/iTracer.h"
 #include "kernel/common/Assert.h"
@@ -8,6 +10,7 @@
 #include "kernel/parameters/MeanderCalculator.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <sstream>
 
@@ -148,6 +151,31 @@ Flow operator*(const Flow& f, double k)
     return r;
 }
 
+Flow Flow::weighted_sum(const Flow& a, double ka, const Flow& b, double kb)
+{
+    Flow r(a._mc);
+    r.assign_weighted_sum(a, ka, b, kb);
+    return r;
+}
+
+void Flow::assign_weighted_sum(const Flow& a, double ka, const Flow& b, double kb)
+{
+    // Computed before the copy, which may overwrite b.
+    const double hmean = a._hmean * ka + b._hmean * kb;
+    const double hflow_max = a._hflow_max * ka + b._hflow_max * kb;
+    const double superelevation = a._superelevation * ka + b._superelevation * kb;
+    const double u0 = a._u0 * ka + b._u0 * kb;
+    const double u1 = a._u1 * ka + b._u1 * kb;
+    const double cmean = a._cmean * ka + b._cmean * kb;
+    *this = a;
+    _hmean = hmean;
+    _hflow_max = hflow_max;
+    _superelevation = superelevation;
+    _u0 = u0;
+    _u1 = u1;
+    _cmean = cmean;
+}
+
 Flow operator/(const Flow& f, double k)
 {
     if (k == 0.)
@@ -270,26 +298,53 @@ double Flow::rouse_profile_at(const Grainsize& grainsize, double z, double c0, d
     return c0 * std::pow((a / (h - a)) * ((h - z) / z), rouse);
 }
 
-// The reference concentration that makes the depth-averaged profile carry
-// the class's share of the mean load.
-double Flow::cmp_c0(const Grainsize& grainsize, int side) const
+// The logarithm of the height factor (a / (H - a)) * ((H - z) / z) of the
+// Rouse profile at each sample height of the normalisation, for a depth H of
+// at least C0_FIRST_HEIGHT. It does not depend on the class, so the classes
+// of one flow share it.
+std::vector<double> Flow::c0_log_factors(double h)
 {
-    const double base = _mc->global_concentration() * grainsize.proportion();
-    const double h = _hflow_max;
-    const double ustar = cmp_bed_shear_velocity(side);
-    if (h < C0_FIRST_HEIGHT || ustar <= 0.)
-        return std::max(0., base);
+    MP_ASSERT(h >= C0_FIRST_HEIGHT);
+    std::vector<double> factors;
+    const double a = ROUSE_REFERENCE * h;
     const double step = h / C0_SAMPLES;
-    double sum = 0.;
-    int count = 0;
+    factors.reserve(C0_SAMPLES + 2);
     for (double z = C0_FIRST_HEIGHT; z <= h; z += step)
     {
-        sum += rouse_profile_at(grainsize, z, 1., ustar);
-        count++;
+        double zc = std::max(z, a);
+        if (h - zc < MP_EPSILON)
+            zc = 0.99 * h;
+        factors.push_back(std::log((a / (h - a)) * ((h - zc) / zc)));
     }
-    if (sum <= 0.)
+    return factors;
+}
+
+// The reference concentration that makes the depth-averaged profile carry
+// the class's share of the mean load. The sum of the Rouse factors over the
+// sample heights comes from the depth's table (null when too shallow).
+double Flow::cmp_c0(const Grainsize& grainsize, double ustar, RouseSumTable* table,
+                    double concentration) const
+{
+    const double base = concentration * grainsize.proportion();
+    if (table == nullptr || ustar <= 0.)
         return std::max(0., base);
-    return std::max(0., base / (sum / count));
+    const double rouse = grainsize.settling_velocity() / (VON_KARMAN * ustar);
+    const double sum = std::exp(table->log_sum(rouse));
+    if (!(sum > 0.))
+        return std::max(0., base);
+    return std::max(0., base / (sum / static_cast<double>(table->log_factors().size())));
+}
+
+RouseSumTable* Flow::rouse_sum_table() const
+{
+    if (_hflow_max < C0_FIRST_HEIGHT)
+        return nullptr;
+    return &RouseSumTable::for_depth(_hflow_max, &Flow::c0_log_factors);
+}
+
+double Flow::cmp_c0(const Grainsize& grainsize, int side) const
+{
+    return cmp_c0(grainsize, cmp_bed_shear_velocity(side), rouse_sum_table(), _mc->global_concentration());
 }
 
 // Fitted reference concentration: grows with the excess of shear velocity
@@ -306,12 +361,16 @@ double Flow::cmp_c0_quick(const Grainsize& grainsize, int side) const
 void Flow::cmp_c0(int side, bool quick)
 {
     _c0.clear();
+    const double ustar = cmp_bed_shear_velocity(side);
+    RouseSumTable* table = quick ? nullptr : rouse_sum_table();
+    // Read once for all the classes: a registry look-up costs more than a class.
+    const double concentration = _mc->global_concentration();
     for (const Grainsize& g : _sed_load)
     {
         if (g.proportion() == 0.)
             _c0.push_back(0.);
         else
-            _c0.push_back(quick ? cmp_c0_quick(g, side) : cmp_c0(g, side));
+            _c0.push_back(quick ? cmp_c0_quick(g, side) : cmp_c0(g, ustar, table, concentration));
     }
 }
 
@@ -321,7 +380,21 @@ double Flow::flow_percent_grainsize_at(double z, double percent, int side) const
 {
     MP_ASSERT(_c0.size() == _sed_load.size());
     const double ustar = cmp_bed_shear_velocity(side);
-    std::vector<double> conc(_sed_load.size(), 0.);
+    std::array<double, MD_NB_CLASS_GR> conc{};
+    MP_ASSERT(_sed_load.size() <= conc.size());
+    // The Rouse rule with its height factor x taken once for all the classes,
+    // x^r as exp(r ln x).
+    const double h = _hflow_max;
+    const double a = ROUSE_REFERENCE * h;
+    const bool carried = ustar > 0. && h - a > MP_EPSILON;
+    double log_x = 0.;
+    if (carried)
+    {
+        double zc = std::max(z, a);
+        if (h - zc < MP_EPSILON)
+            zc = 0.99 * h;
+        log_x = std::log((a / (h - a)) * ((h - zc) / zc));
+    }
     int first = -1;
     double sum = 0.;
     for (std::size_t i = 0; i < _sed_load.size(); i++)
@@ -330,7 +403,8 @@ double Flow::flow_percent_grainsize_at(double z, double percent, int side) const
             continue;
         if (first < 0)
             first = static_cast<int>(i);
-        conc[i] = rouse_profile_at(_sed_load[i], z, _c0[i], ustar);
+        if (carried)
+            conc[i] = _c0[i] * std::exp(_sed_load[i].settling_velocity() / (VON_KARMAN * ustar) * log_x);
         sum += conc[i];
     }
     if (first < 0)
@@ -339,7 +413,7 @@ double Flow::flow_percent_grainsize_at(double z, double percent, int side) const
         return Facies::class_to_granulo(first + 1);
     double share = 0.;
     int reached = first;
-    for (std::size_t i = 0; i < conc.size(); i++)
+    for (std::size_t i = 0; i < _sed_load.size(); i++)
     {
         if (conc[i] == 0.)
             continue;

@@ -738,9 +738,11 @@ double Network::get_bilinear_elevation(const Point2D& p) const
 
 void Network::fill_grid_points(std::vector<ChannelGridPoint>& out) const
 {
-    out.clear();
     if (_ch == nullptr || _domain == nullptr)
+    {
+        out.clear();
         return;
+    }
     if (_params->usingVariablePBGrainsize())
         _ch->find_grid_points_new(*_domain, out);
     else

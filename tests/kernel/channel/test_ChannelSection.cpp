@@ -235,6 +235,33 @@ TEST_F(SectionTest, ProjectionBetweenNormalsAndOuterSide)
         EXPECT_LT(p.curvature, 0.);
         EXPECT_GT(p.flow.u0(), 0.);
     }
+    // The points are written over in place: a list that held other points,
+    // more or fewer, ends equal to a fresh one, field by field.
+    std::vector<ChannelGridPoint> fewer(points.begin(),
+                                        points.begin() + static_cast<std::ptrdiff_t>(points.size() / 2));
+    std::vector<ChannelGridPoint> more = points;
+    more.insert(more.end(), points.begin(), points.end());
+    for (ChannelGridPoint& p : fewer)
+    {
+        p.bed = p.curvature = 99.;
+        p.side = 7;
+        p.flow = Flow(p.flow.mc());
+    }
+    for (std::vector<ChannelGridPoint>* reused : {&fewer, &more})
+    {
+        channel->find_grid_points_new(*domain, *reused);
+        ASSERT_EQ(reused->size(), points.size());
+        for (std::size_t k = 0; k < points.size(); k++)
+        {
+            const ChannelGridPoint& p = points[k];
+            const ChannelGridPoint& q = (*reused)[k];
+            EXPECT_TRUE(p.ix == q.ix && p.iy == q.iy && p.z == q.z && p.bed == q.bed &&
+                        p.curvature == q.curvature && p.side == q.side && p.flow.u0() == q.flow.u0() &&
+                        p.flow.u1() == q.flow.u1() && p.flow.hflow_max() == q.flow.hflow_max() &&
+                        p.flow.sed_load().size() == q.flow.sed_load().size())
+                << k;
+        }
+    }
 }
 
 TEST_F(SectionTest, MovingBendBuildsPointBarsInsideAndErodesOutside)
