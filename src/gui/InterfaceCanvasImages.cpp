@@ -3,6 +3,7 @@
 #include "gui/InterfaceCanvas.h"
 
 #include "interface/iTracer.h"
+#include "kernel/common/StagedFile.h"
 #include "kernel/network/Network.h"
 
 #include <wx/filedlg.h>
@@ -65,7 +66,9 @@ bool InterfaceCanvas::write_picture(const wxString& path)
     if (type == wxBITMAP_TYPE_PNG && wxImage::FindHandler(wxBITMAP_TYPE_PNG) == nullptr)
         wxImage::AddHandler(new wxPNGHandler);
     wxLogNull quiet;
-    if (!image.SaveFile(path, type))
+    // Written beside its name first, so that a failure leaves the user's file.
+    StagedFile staged(path.utf8_string());
+    if (!image.SaveFile(wxString::FromUTF8(staged.path().c_str()), type) || !staged.commit())
     {
         error("Cannot write the picture of the view to " + path.ToStdString());
         return false;

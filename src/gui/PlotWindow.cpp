@@ -1,6 +1,7 @@
 #include "gui/PlotWindow.h"
 
 #include "gui/PlotPainter.h"
+#include "kernel/common/StagedFile.h"
 
 #include <wx/dcbuffer.h>
 #include <wx/filedlg.h>
@@ -79,7 +80,9 @@ bool PlotWindow::savePng(const wxString& path, wxString& error) const
     const wxBitmap bitmap = PlotPainter(_data).render(size);
     // The failure is told by the message, not by a log box.
     wxLogNull quiet;
-    if (!bitmap.SaveFile(path, wxBITMAP_TYPE_PNG))
+    // Written beside its name first, so that a failure leaves the user's file.
+    StagedFile staged(path.utf8_string());
+    if (!bitmap.SaveFile(wxString::FromUTF8(staged.path().c_str()), wxBITMAP_TYPE_PNG) || !staged.commit())
     {
         error = "Cannot save the image " + path;
         return false;
