@@ -1,5 +1,7 @@
 #include "gui/INIParser.h"
 
+#include "kernel/common/StagedFile.h"
+
 #include <filesystem>
 #include <fstream>
 #include <system_error>
@@ -58,9 +60,9 @@ bool INIParser::Save()
     if (!parent.empty())
         fs::create_directories(parent, ec);
     // Written beside and renamed, so that a failed write keeps the old settings.
-    const std::string staged = _path + ".new";
+    StagedFile staged(_path);
     {
-        std::ofstream out(staged);
+        std::ofstream out(staged.path());
         for (const auto& section : _sections)
         {
             out << "[" << section.first << "]\n";
@@ -70,14 +72,12 @@ bool INIParser::Save()
         if (!out.flush())
         {
             _error = "Cannot write the settings file " + _path;
-            fs::remove(staged, ec);
             return false;
         }
     }
-    fs::rename(staged, _path, ec);
-    if (ec)
+    if (!staged.commit())
     {
-        _error = "Cannot write the settings file " + _path + ": " + ec.message();
+        _error = "Cannot write the settings file " + _path;
         return false;
     }
     return true;
