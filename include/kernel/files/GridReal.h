@@ -7,6 +7,7 @@
 
 #include <iosfwd>
 #include <string>
+#include <utility>
 #include <vector>
 
 class iTracer;
@@ -132,8 +133,12 @@ protected:
     // With a sink, the text goes to it after each outer layer and is left empty.
     bool write_values(std::string& text, iTracer* tracer, const std::string& order,
                       std::ostream* sink = nullptr);
-    // Appends the values of one node (this grid's, then its variables'), one line.
-    void append_node_line(std::string& text, size_t index) const;
+    // Appends the values of node (i, j, k) (this grid's, then its variables'), one line.
+    virtual void append_node_line(std::string& text, int i, int j, int k) const;
+    // Name and undefined text of each column written, this grid's first.
+    virtual std::vector<std::pair<std::string, std::string>> columns() const;
+    // Six significant digits in the shortest of fixed and scientific forms.
+    static void append_number(std::string& text, double value);
 
     std::vector<double> _values;
     double _min;

@@ -6,6 +6,7 @@
 #include "kernel/files/Core.h"
 #include "kernel/files/CoreList.h"
 #include "kernel/files/GridReal.h"
+#include "kernel/files/RegularBlockGrid.h"
 #include "kernel/geometry/RegularBlock.h"
 
 #include <algorithm>
@@ -350,66 +351,21 @@ bool Domain::save_simu(const std::string& file, int format, double dz, int imin,
     RegularBlock block;
     if (!getRegularBlock(imin, imax, jmin, jmax, dz, zmin, zmax, block))
         return false;
-    std::vector<unsigned char>& vfacies = block.facies;
-    std::vector<uint32_t>& vage = block.age;
-    std::vector<double>& vgrain = block.grain;
-    const int nv = block.nx() * block.ny() * block.nz();
-    const GridParams& geometry = block.geometry;
-
-    // Each grid is filled straight from the block (as fill_zyx would, in the
-    // same order), the largest part of the block first, and each part is let
-    // go once its grid holds it: a block is the largest thing a run allocates.
-    // The file keeps the order facies, grain size, age.
-    std::unique_ptr<GridReal> slots[3];
-    auto make_grid = [&](const std::string& name, auto value_at)
-    {
-        auto grid = std::make_unique<GridReal>(geometry);
-        grid->setName(name);
-        grid->setUndefinedText(undefined);
-        const int nx = grid->getNx();
-        const int ny = grid->getNy();
-        const int nz = grid->getNz();
-        MP_ASSERT(nv == nx * ny * nz);
-        size_t n = 0;
-        for (int i = 0; i < nx; ++i)
-            for (int j = 0; j < ny; ++j)
-                for (int k = 0; k < nz; ++k, ++n)
-                    grid->set_at(i, j, k, vfacies[n] == VOID_SAMPLE_FACIES ? MP_UNDEF_REAL : value_at(n));
-        return grid;
-    };
-    if (grain)
-    {
-        MP_ASSERT_TEXT(static_cast<int>(vgrain.size()) == nv, "(MP_int)vgrain.size() == nv");
-        slots[1] = make_grid("Grain Size", [&](size_t k) { return vgrain[k]; });
-    }
-    std::vector<double>().swap(vgrain);
-    if (age)
-    {
-        MP_ASSERT_TEXT(static_cast<int>(vage.size()) == nv, "(MP_int)vage.size() == nv");
-        slots[2] = make_grid("Age", [&](size_t k) { return static_cast<double>(vage[k]); });
-    }
-    std::vector<uint32_t>().swap(vage);
-    if (facies)
-    {
-        MP_ASSERT_TEXT(static_cast<int>(vfacies.size()) == nv, "(MP_int)vfacies.size() == nv");
-        slots[0] =
-            make_grid("Facies", [&](size_t k) { return static_cast<double>(Facies::family(vfacies[k])); });
-    }
-    std::vector<unsigned char>().swap(vfacies);
-    std::vector<GridReal*> grids;
-    for (const auto& slot : slots)
-        if (slot)
-            grids.push_back(slot.get());
-    if (grids.empty())
+    const size_t nv = static_cast<size_t>(block.nx()) * block.ny() * block.nz();
+    MP_ASSERT_TEXT(block.facies.size() == nv, "block.facies.size() == nv");
+    MP_ASSERT_TEXT(!grain || block.grain.size() == nv, "!grain || block.grain.size() == nv");
+    MP_ASSERT_TEXT(!age || block.age.size() == nv, "!age || block.age.size() == nv");
+    // Written from the block itself: a block is the largest thing a run
+    // allocates, and grids of doubles would need twice its room again.
+    RegularBlockGrid grid(block, facies, grain, age, undefined);
+    if (!grid.has_columns())
     {
         error("Error in saveSimu!");
         return false;
     }
-    for (size_t k = 1; k < grids.size(); ++k)
-        grids.front()->add_variable(grids[k]);
-    if (!grids.front()->write(file, _tracer, format, order))
+    if (!grid.write(file, _tracer, format, order))
     {
-        error("Error while writing simulation file:\n" + grids.front()->getError());
+        error("Error while writing simulation file:\n" + grid.getError());
         return false;
     }
     return true;

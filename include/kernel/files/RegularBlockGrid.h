@@ -1,0 +1,39 @@
+#pragma once
+// A sampled block written through the grid writers as it stands: each node's
+// facies, grain size and age are read from the block while its line is
+// written, so the block is never copied into grids of doubles (three of them
+// would hold twice the block and more).
+
+#include "kernel/files/GridReal.h"
+
+#include <string>
+#include <utility>
+#include <vector>
+
+class RegularBlock;
+
+class RegularBlockGrid : public GridReal
+{
+public:
+    // The columns chosen are written in the order facies, grain size, age;
+    // void samples write `undefined` in every column. The block must outlive this.
+    RegularBlockGrid(const RegularBlock& block, bool facies, bool grain, bool age,
+                     const std::string& undefined);
+
+    bool has_columns() const { return !_columns.empty(); }
+
+protected:
+    void append_node_line(std::string& text, int i, int j, int k) const override;
+    std::vector<std::pair<std::string, std::string>> columns() const override;
+
+private:
+    enum Column
+    {
+        FACIES,
+        GRAIN,
+        AGE
+    };
+
+    const RegularBlock& _block;
+    std::vector<Column> _columns;
+};
