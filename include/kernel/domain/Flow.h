@@ -5,6 +5,7 @@
 
 #include "kernel/parameters/Grainsize.h"
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -78,11 +79,13 @@ public:
     double pde_b() const { return _pde_b; }
     double pde_c() const { return _pde_c; }
     double pde_d() const { return _pde_d; }
-    const std::vector<Grainsize>& sed_load() const { return _sed_load; }
+    const std::vector<Grainsize>& sed_load() const { return _sed_load != nullptr ? *_sed_load : no_load(); }
     const std::vector<double>& c0() const { return _c0; }
     MeanderCalculator const* mc() const { return _mc; }
 
 private:
+    // The load of a flow never given one.
+    static const std::vector<Grainsize>& no_load();
     RouseSumTable* rouse_sum_table() const;
     double cmp_c0(const Grainsize& grainsize, double ustar, RouseSumTable* table, double concentration) const;
 
@@ -102,7 +105,9 @@ private:
     double _pde_b;
     double _pde_c;
     double _pde_d;
-    std::vector<Grainsize> _sed_load;
+    // Shared between copies: a flow is copied onto every grid node the channel
+    // covers, and its load of grain-size classes is set once, at its start.
+    std::shared_ptr<const std::vector<Grainsize>> _sed_load;
     std::vector<double> _c0;
     MeanderCalculator const* _mc;
 };

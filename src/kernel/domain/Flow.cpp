@@ -276,10 +276,17 @@ double Flow::get_effective_height() const
 
 void Flow::init_sed_load(const std::vector<double>& proportions)
 {
-    _sed_load.clear();
-    _sed_load.reserve(MD_NB_CLASS_GR);
+    auto load = std::make_shared<std::vector<Grainsize>>();
+    load->reserve(MD_NB_CLASS_GR);
     for (int i = 0; i < MD_NB_CLASS_GR; i++)
-        _sed_load.emplace_back(i, proportions.at(i), LOAD_DENSITY);
+        load->emplace_back(i, proportions.at(i), LOAD_DENSITY);
+    _sed_load = std::move(load);
+}
+
+const std::vector<Grainsize>& Flow::no_load()
+{
+    static const std::vector<Grainsize> none;
+    return none;
 }
 
 // Rouse's suspension profile: turbulence holds a grain up against its fall,
@@ -365,7 +372,7 @@ void Flow::cmp_c0(int side, bool quick)
     RouseSumTable* table = quick ? nullptr : rouse_sum_table();
     // Read once for all the classes: a registry look-up costs more than a class.
     const double concentration = _mc->global_concentration();
-    for (const Grainsize& g : _sed_load)
+    for (const Grainsize& g : sed_load())
     {
         if (g.proportion() == 0.)
             _c0.push_back(0.);
@@ -378,10 +385,10 @@ void Flow::cmp_c0(int side, bool quick)
 // accumulating the classes in their order.
 double Flow::flow_percent_grainsize_at(double z, double percent, int side) const
 {
-    MP_ASSERT(_c0.size() == _sed_load.size());
+    MP_ASSERT(_c0.size() == sed_load().size());
     const double ustar = cmp_bed_shear_velocity(side);
     std::array<double, MD_NB_CLASS_GR> conc{};
-    MP_ASSERT(_sed_load.size() <= conc.size());
+    MP_ASSERT(sed_load().size() <= conc.size());
     // The Rouse rule with its height factor x taken once for all the classes,
     // x^r as exp(r ln x).
     const double h = _hflow_max;
@@ -397,14 +404,14 @@ double Flow::flow_percent_grainsize_at(double z, double percent, int side) const
     }
     int first = -1;
     double sum = 0.;
-    for (std::size_t i = 0; i < _sed_load.size(); i++)
+    for (std::size_t i = 0; i < sed_load().size(); i++)
     {
-        if (_sed_load[i].proportion() == 0.)
+        if (sed_load()[i].proportion() == 0.)
             continue;
         if (first < 0)
             first = static_cast<int>(i);
         if (carried)
-            conc[i] = _c0[i] * std::exp(_sed_load[i].settling_velocity() / (VON_KARMAN * ustar) * log_x);
+            conc[i] = _c0[i] * std::exp(sed_load()[i].settling_velocity() / (VON_KARMAN * ustar) * log_x);
         sum += conc[i];
     }
     if (first < 0)
@@ -413,7 +420,7 @@ double Flow::flow_percent_grainsize_at(double z, double percent, int side) const
         return Facies::class_to_granulo(first + 1);
     double share = 0.;
     int reached = first;
-    for (std::size_t i = 0; i < _sed_load.size(); i++)
+    for (std::size_t i = 0; i < sed_load().size(); i++)
     {
         if (conc[i] == 0.)
             continue;
