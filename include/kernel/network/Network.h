@@ -65,7 +65,7 @@ struct AggradInfo
     double thmax = 0.;
     double th = 0.;
     double ratio = 0.;
-    // -1 not reached yet, -2 source (wet node), 0 computed.
+    // -1 not reached (no live neighbour fed it), -2 source (wet node), 0 computed.
     int status = -1;
     double zmax = 0.;
     double gr = 0.;
@@ -244,6 +244,10 @@ public:
     // -- end events --
 
 private:
+    // The flood of `local` from those of its neighbours whose bit is set in
+    // `mask` (bit k: the k-th neighbour in feeding order) and that are
+    // strictly closer to the channel; true when it takes one thick enough to lay.
+    bool take_flood(AggradInfo& local, unsigned char mask);
     bool install_channel(const std::vector<Point3D>& points);
     // Traces the error of a failed channel creation; answers false.
     bool creation_failed(const std::string& text) const;

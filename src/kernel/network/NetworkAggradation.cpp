@@ -32,6 +32,8 @@ template <typename Op> void each_flood_field(AggradInfo& a, const AggradInfo& b,
 
 // The neighbours of a map node, in the order in which they may feed it.
 const int FEEDER_OFFSETS[8][2] = {{0, -1}, {0, 1}, {-1, 0}, {-1, -1}, {-1, 1}, {1, 0}, {1, -1}, {1, 1}};
+// Bit k of a mask stands for the neighbour at FEEDER_OFFSETS[k].
+constexpr unsigned char ALL_FEEDERS = 0xFF;
 
 int margin_x(const Domain& domain)
 {
@@ -431,12 +433,41 @@ void Network::compute_aggrad_map(int ny_below, const std::vector<ChannelGridPoin
     }
     sort_by_distance(order);
 
-    const int mx = _domain != nullptr ? (nx - _domain->getNx()) / 2 : 0;
+    // Only a live node (a source, or one that took a flood) can feed another:
+    // each live node marks itself in its neighbours' masks, and a node whose
+    // mask is empty when its turn comes cannot be fed and is left unreached.
+    std::vector<unsigned char> feeders(_amap->node_count(), 0);
+    auto mark_neighbours = [&](int index)
+    {
+        const int i = index % nx;
+        const int j = index / nx;
+        for (int k = 0; k < 8; ++k)
+        {
+            const int ni = i - FEEDER_OFFSETS[k][0];
+            const int nj = j - FEEDER_OFFSETS[k][1];
+            if (ni >= 0 && ni < nx && nj >= 0 && nj < ny)
+                feeders[static_cast<std::size_t>(nj) * nx + ni] |= static_cast<unsigned char>(1u << k);
+        }
+    };
     AggradInfo* info = _amap->pointer(0, 0);
+    for (const ChannelGridPoint& pt : pts)
+    {
+        const int index = pt.iy * nx + pt.ix;
+        if (info[index].status == -2)
+            mark_neighbours(index);
+    }
+
+    const int mx = _domain != nullptr ? (nx - _domain->getNx()) / 2 : 0;
     for (const DistanceKey& key : order)
     {
+        const unsigned char mask = feeders[key.index];
+        if (mask == 0)
+            continue;
         AggradInfo& rec = info[key.index];
-        if (!compute_deposit(&rec) || _domain == nullptr)
+        if (!take_flood(rec, mask))
+            continue;
+        mark_neighbours(key.index);
+        if (_domain == nullptr)
             continue;
         const int di = rec.i - mx;
         const int dj = rec.j - ny_below;
@@ -452,31 +483,39 @@ void Network::compute_aggrad_map(int ny_below, const std::vector<ChannelGridPoin
 bool Network::compute_deposit(AggradInfo* local)
 {
     MP_ASSERT_TEXT(local != nullptr, "local != NULL");
-    if (local->status == -2 || local->status == 0)
+    return take_flood(*local, ALL_FEEDERS);
+}
+
+// A neighbour out of `mask` is one that cannot feed: unreached, or dry.
+bool Network::take_flood(AggradInfo& local, unsigned char mask)
+{
+    if (local.status == -2 || local.status == 0)
         return false;
-    MP_ASSERT_TEXT(local->th == 0., "local->th == 0.");
+    MP_ASSERT_TEXT(local.th == 0., "local->th == 0.");
     MP_ASSERT_TEXT(_amap != nullptr, "_amap != NULL");
 
-    AggradInfo mean = *local;
+    AggradInfo mean = local;
     mean.status = 0;
     AggradInfo sum = mean;
     const int nx = _amap->getNx();
     const int ny = _amap->getNy();
     const AggradInfo* map = _amap->pointer(0, 0);
     bool fed = false;
-    for (const auto& offset : FEEDER_OFFSETS)
+    for (int k = 0; k < 8; ++k)
     {
-        const int i = local->i + offset[0];
-        const int j = local->j + offset[1];
+        if ((mask & (1u << k)) == 0)
+            continue;
+        const int i = local.i + FEEDER_OFFSETS[k][0];
+        const int j = local.j + FEEDER_OFFSETS[k][1];
         if (i < 0 || i >= nx || j < 0 || j >= ny)
             continue;
         const AggradInfo& neighbour = map[static_cast<std::size_t>(j) * nx + i];
-        if (neighbour.dch < local->dch && mean.add(neighbour, sum))
+        if (neighbour.dch < local.dch && mean.add(neighbour, sum))
             fed = true;
     }
     if (!fed)
     {
-        local->status = 0;
+        local.status = 0;
         return false;
     }
     MP_ASSERT_TEXT(mean.status == 0, "mean.status == 0");
@@ -485,9 +524,9 @@ bool Network::compute_deposit(AggradInfo* local)
     MP_ASSERT_TEXT(mean.thdec > 0., "mean.thdec > 0");
     if (mean.th < AggradInfo::min_th)
     {
-        local->status = 0;
+        local.status = 0;
         return false;
     }
-    local->copy_deposit_info(mean);
+    local.copy_deposit_info(mean);
     return true;
 }
