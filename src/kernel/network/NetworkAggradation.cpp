@@ -13,8 +13,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdint>
-#include <cstring>
+#include <cstddef>
+#include <cstdlib>
 
 namespace
 {
@@ -45,57 +45,70 @@ long long length2(const IPos& p)
     return static_cast<long long>(p.x) * p.x + static_cast<long long>(p.y) * p.y;
 }
 
-// A map node and its distance to the channel, for the one sort of a flood.
-struct DistanceKey
+// The map nodes in increasing distance to the channel, ties by index, from
+// the vectors to their nearest source. A distance depends only on |x| and |y|
+// of the vector (a negated product squares to the same bits), and there are
+// few of them: they are worked out once per pair, ranked, and the nodes
+// counted into their rank (a counting sort, stable in index order). Each
+// record gets its distance.
+std::vector<int> nodes_by_distance(const Grid2D<IPos>& vectors, Grid2D<AggradInfo>& map)
 {
-    double dch;
-    int index;
-    bool operator<(const DistanceKey& other) const
+    const int n = static_cast<int>(vectors.node_count());
+    const IPos* v = vectors.pointer(0, 0);
+    int wx = 0, wy = 0;
+    for (int k = 0; k < n; ++k)
     {
-        return dch < other.dch || (dch == other.dch && index < other.index);
+        wx = std::max(wx, std::abs(v[k].x));
+        wy = std::max(wy, std::abs(v[k].y));
     }
-};
+    const std::size_t width = static_cast<std::size_t>(wx) + 1;
+    auto pair_of = [&](const IPos& p)
+    { return static_cast<std::size_t>(std::abs(p.y)) * width + std::abs(p.x); };
 
-// Sorts the keys by distance, ties in the order given (which is by index, so
-// the order is that of DistanceKey::operator<). Distances are non-negative, so
-// their bit patterns sort as unsigned integers: a stable radix sort on 16-bit
-// digits, skipping the digits that all keys share (most of them: the
-// distances are few).
-void sort_by_distance(std::vector<DistanceKey>& keys)
-{
-    const std::size_t n = keys.size();
-    std::vector<std::uint64_t> bits(n);
-    for (std::size_t k = 0; k < n; ++k)
+    // Rank of each pair's distance; -1 for pairs no node has.
+    std::vector<int> rank(width * (static_cast<std::size_t>(wy) + 1), -1);
+    std::vector<std::pair<double, std::size_t>> distances;
+    const double dx = map.getDx();
+    const double dy = map.getDy();
+    for (int k = 0; k < n; ++k)
     {
-        MP_ASSERT_TEXT(!(keys[k].dch < 0.), "dch >= 0");
-        std::memcpy(&bits[k], &keys[k].dch, sizeof(double));
-    }
-    std::vector<DistanceKey> other(n);
-    std::vector<std::uint64_t> other_bits(n);
-    std::vector<std::size_t> count(1u << 16);
-    for (int shift = 0; shift < 64; shift += 16)
-    {
-        std::fill(count.begin(), count.end(), 0);
-        for (std::size_t k = 0; k < n; ++k)
-            ++count[(bits[k] >> shift) & 0xFFFFu];
-        if (n == 0 || count[(bits[0] >> shift) & 0xFFFFu] == n)
+        const std::size_t p = pair_of(v[k]);
+        if (rank[p] >= 0)
             continue;
-        std::size_t start = 0;
-        for (std::size_t& c : count)
-        {
-            const std::size_t m = c;
-            c = start;
-            start += m;
-        }
-        for (std::size_t k = 0; k < n; ++k)
-        {
-            const std::size_t to = count[(bits[k] >> shift) & 0xFFFFu]++;
-            other[to] = keys[k];
-            other_bits[to] = bits[k];
-        }
-        keys.swap(other);
-        bits.swap(other_bits);
+        rank[p] = 0;
+        const double ax = std::abs(v[k].x) * dx;
+        const double ay = std::abs(v[k].y) * dy;
+        distances.emplace_back(std::sqrt(ax * ax + ay * ay), p);
     }
+    std::sort(distances.begin(), distances.end());
+    std::vector<double> rank_distance;
+    for (const auto& d : distances)
+    {
+        if (rank_distance.empty() || d.first != rank_distance.back())
+            rank_distance.push_back(d.first);
+        rank[d.second] = static_cast<int>(rank_distance.size()) - 1;
+    }
+
+    std::vector<int> start(rank_distance.size() + 1, 0);
+    std::vector<int> node_rank(static_cast<std::size_t>(n));
+    AggradInfo* info = map.pointer(0, 0);
+    const int nx = map.getNx();
+    for (int k = 0; k < n; ++k)
+    {
+        const int r = rank[pair_of(v[k])];
+        node_rank[k] = r;
+        ++start[r + 1];
+        AggradInfo& rec = info[k];
+        rec.i = k % nx;
+        rec.j = k / nx;
+        rec.dch = rank_distance[r];
+    }
+    for (std::size_t r = 1; r < start.size(); ++r)
+        start[r] += start[r - 1];
+    std::vector<int> order(static_cast<std::size_t>(n));
+    for (int k = 0; k < n; ++k)
+        order[start[node_rank[k]]++] = k;
+    return order;
 }
 
 // Overbank fines, coarser ones near the channel making the levee.
@@ -404,7 +417,7 @@ void Network::compute_aggrad_map(int ny_below, const std::vector<ChannelGridPoin
     MP_ASSERT(dy > 0);
     MP_ASSERT(nx > 0 && ny > 0);
 
-    std::vector<DistanceKey> order(_amap->node_count());
+    std::vector<int> order;
     {
         Grid2D<IPos> vectors(*_amap);
         vectors.initialize(IPos{nx + 1, 0});
@@ -415,23 +428,8 @@ void Network::compute_aggrad_map(int ny_below, const std::vector<ChannelGridPoin
             vectors.getObject(pt.ix, pt.iy) = IPos{0, 0};
         }
         danielsson(vectors);
-
-        const IPos* v = vectors.pointer(0, 0);
-        AggradInfo* info = _amap->pointer(0, 0);
-        int index = 0;
-        for (int j = 0; j < ny; ++j)
-            for (int i = 0; i < nx; ++i, ++index)
-            {
-                AggradInfo& rec = info[index];
-                rec.i = i;
-                rec.j = j;
-                const double ax = v[index].x * dx;
-                const double ay = v[index].y * dy;
-                rec.dch = std::sqrt(ax * ax + ay * ay);
-                order[index] = DistanceKey{rec.dch, index};
-            }
+        order = nodes_by_distance(vectors, *_amap);
     }
-    sort_by_distance(order);
 
     // Only a live node (a source, or one that took a flood) can feed another:
     // each live node marks itself in its neighbours' masks, and a node whose
@@ -458,15 +456,15 @@ void Network::compute_aggrad_map(int ny_below, const std::vector<ChannelGridPoin
     }
 
     const int mx = _domain != nullptr ? (nx - _domain->getNx()) / 2 : 0;
-    for (const DistanceKey& key : order)
+    for (const int index : order)
     {
-        const unsigned char mask = feeders[key.index];
+        const unsigned char mask = feeders[index];
         if (mask == 0)
             continue;
-        AggradInfo& rec = info[key.index];
+        AggradInfo& rec = info[index];
         if (!take_flood(rec, mask))
             continue;
-        mark_neighbours(key.index);
+        mark_neighbours(index);
         if (_domain == nullptr)
             continue;
         const int di = rec.i - mx;
