@@ -228,8 +228,15 @@ public:
     void make_pel_drap(double interval);
     void make_draping(double thickness, int family);
     void make_wetland(double fraction);
+    // The map of a flood, over the domain, its margins in x and the rows the
+    // channel reaches beyond it in y, and the wet nodes of the channel on it.
     void create_aggrad_map(int& ny_below, std::vector<ChannelGridPoint>& points);
+    // Spreads the flood from the source records (status -2) of the map over
+    // the nodes it reaches, and lays it on the domain.
     void compute_aggrad_map(int ny_below, const std::vector<ChannelGridPoint>& points);
+    // The land (water included) under node (i, j) of the flood map,
+    // extrapolated over the margins.
+    double flood_map_elevation(int i, int j, int ny_below) const;
     bool compute_deposit(AggradInfo* local);
     void danielsson(Grid2D<IPos>& vectors) const;
     void go_to_ep(double step);

@@ -45,13 +45,20 @@ long long length2(const IPos& p)
     return static_cast<long long>(p.x) * p.x + static_cast<long long>(p.y) * p.y;
 }
 
-// The map nodes in increasing distance to the channel, ties by index, from
-// the vectors to their nearest source. A distance depends only on |x| and |y|
-// of the vector (a negated product squares to the same bits), and there are
-// few of them: they are worked out once per pair, ranked, and the nodes
-// counted into their rank (a counting sort, stable in index order). Each
-// record gets its distance.
-std::vector<int> nodes_by_distance(const Grid2D<IPos>& vectors, Grid2D<AggradInfo>& map)
+// The map nodes in increasing distance to the channel, ties by index, and
+// the distance of each. A distance depends only on |x| and |y| of the vector
+// to the nearest source (a negated product squares to the same bits), and
+// there are few of them: they are worked out once per pair, ranked, and the
+// nodes counted into their rank (a counting sort, stable in index order).
+struct DistanceOrder
+{
+    std::vector<int> nodes;
+    std::vector<int> node_rank;
+    std::vector<double> rank_distance;
+    double distance(int index) const { return rank_distance[node_rank[index]]; }
+};
+
+DistanceOrder nodes_by_distance(const Grid2D<IPos>& vectors)
 {
     const int n = static_cast<int>(vectors.node_count());
     const IPos* v = vectors.pointer(0, 0);
@@ -68,8 +75,8 @@ std::vector<int> nodes_by_distance(const Grid2D<IPos>& vectors, Grid2D<AggradInf
     // Rank of each pair's distance; -1 for pairs no node has.
     std::vector<int> rank(width * (static_cast<std::size_t>(wy) + 1), -1);
     std::vector<std::pair<double, std::size_t>> distances;
-    const double dx = map.getDx();
-    const double dy = map.getDy();
+    const double dx = vectors.getDx();
+    const double dy = vectors.getDy();
     for (int k = 0; k < n; ++k)
     {
         const std::size_t p = pair_of(v[k]);
@@ -81,35 +88,37 @@ std::vector<int> nodes_by_distance(const Grid2D<IPos>& vectors, Grid2D<AggradInf
         distances.emplace_back(std::sqrt(ax * ax + ay * ay), p);
     }
     std::sort(distances.begin(), distances.end());
-    std::vector<double> rank_distance;
+    DistanceOrder order;
     for (const auto& d : distances)
     {
-        if (rank_distance.empty() || d.first != rank_distance.back())
-            rank_distance.push_back(d.first);
-        rank[d.second] = static_cast<int>(rank_distance.size()) - 1;
+        if (order.rank_distance.empty() || d.first != order.rank_distance.back())
+            order.rank_distance.push_back(d.first);
+        rank[d.second] = static_cast<int>(order.rank_distance.size()) - 1;
     }
 
-    std::vector<int> start(rank_distance.size() + 1, 0);
-    std::vector<int> node_rank(static_cast<std::size_t>(n));
-    AggradInfo* info = map.pointer(0, 0);
-    const int nx = map.getNx();
+    std::vector<int> start(order.rank_distance.size() + 1, 0);
+    order.node_rank.resize(static_cast<std::size_t>(n));
     for (int k = 0; k < n; ++k)
     {
         const int r = rank[pair_of(v[k])];
-        node_rank[k] = r;
+        order.node_rank[k] = r;
         ++start[r + 1];
-        AggradInfo& rec = info[k];
-        rec.i = k % nx;
-        rec.j = k / nx;
-        rec.dch = rank_distance[r];
     }
     for (std::size_t r = 1; r < start.size(); ++r)
         start[r] += start[r - 1];
-    std::vector<int> order(static_cast<std::size_t>(n));
+    order.nodes.resize(static_cast<std::size_t>(n));
     for (int k = 0; k < n; ++k)
-        order[start[node_rank[k]]++] = k;
+        order.nodes[start[order.node_rank[k]]++] = k;
     return order;
 }
+
+// A flood's deposit on a domain node, laid once the whole map is computed.
+struct FloodDeposit
+{
+    DepositionSet* set;
+    double thickness;
+    Facies facies;
+};
 
 // Overbank fines, coarser ones near the channel making the levee.
 Facies flood_facies(double granulo)
@@ -341,13 +350,9 @@ void Network::create_aggrad_map(int& ny_below, std::vector<ChannelGridPoint>& po
         return;
     }
 
+    // The flood reads the land through the margins' extrapolation.
     _domain->compute_border_zmin();
     _domain->compute_border_zmax();
-    const int my = std::max(ny_above, ny_below);
-    for (int j = 0; j < _amap->getNy(); ++j)
-        for (int i = 0; i < _amap->getNx(); ++i)
-            _amap->getObject(i, j).z =
-                _domain->get_topo_extrapolated(true, true, i - mx, j - ny_below, mx, my, true);
 }
 
 // Danielsson's vector distance mapping: each node ends with the index vector
@@ -409,6 +414,7 @@ void Network::compute_aggrad_map(int ny_below, const std::vector<ChannelGridPoin
 {
     MP_ASSERT_TEXT(_amap != nullptr, "_amap != NULL");
     MP_ASSERT_TEXT(!pts.empty(), "!pts.empty()");
+    MP_ASSERT_TEXT(_domain != nullptr, "_domain != NULL");
     const double dx = _amap->getDx();
     const double dy = _amap->getDy();
     const int nx = _amap->getNx();
@@ -417,7 +423,7 @@ void Network::compute_aggrad_map(int ny_below, const std::vector<ChannelGridPoin
     MP_ASSERT(dy > 0);
     MP_ASSERT(nx > 0 && ny > 0);
 
-    std::vector<int> order;
+    DistanceOrder order;
     {
         Grid2D<IPos> vectors(*_amap);
         vectors.initialize(IPos{nx + 1, 0});
@@ -428,8 +434,21 @@ void Network::compute_aggrad_map(int ny_below, const std::vector<ChannelGridPoin
             vectors.getObject(pt.ix, pt.iy) = IPos{0, 0};
         }
         danielsson(vectors);
-        order = nodes_by_distance(vectors, *_amap);
+        order = nodes_by_distance(vectors);
     }
+
+    // A record gets its place, distance and land elevation when the flood
+    // comes to it; nothing is laid before the whole map is computed, so the
+    // land it reads is the land of the start of the flood.
+    AggradInfo* info = _amap->pointer(0, 0);
+    auto place = [&](int index)
+    {
+        AggradInfo& rec = info[index];
+        rec.i = index % nx;
+        rec.j = index / nx;
+        rec.dch = order.distance(index);
+        rec.z = flood_map_elevation(rec.i, rec.j, ny_below);
+    };
 
     // Only a live node (a source, or one that took a flood) can feed another:
     // each live node marks itself in its neighbours' masks, and a node whose
@@ -447,34 +466,45 @@ void Network::compute_aggrad_map(int ny_below, const std::vector<ChannelGridPoin
                 feeders[static_cast<std::size_t>(nj) * nx + ni] |= static_cast<unsigned char>(1u << k);
         }
     };
-    AggradInfo* info = _amap->pointer(0, 0);
     for (const ChannelGridPoint& pt : pts)
     {
         const int index = pt.iy * nx + pt.ix;
-        if (info[index].status == -2)
-            mark_neighbours(index);
+        if (info[index].status != -2)
+            continue;
+        place(index);
+        mark_neighbours(index);
     }
 
-    const int mx = _domain != nullptr ? (nx - _domain->getNx()) / 2 : 0;
-    for (const int index : order)
+    const int mx = (nx - _domain->getNx()) / 2;
+    std::vector<FloodDeposit> deposits;
+    for (const int index : order.nodes)
     {
         const unsigned char mask = feeders[index];
         if (mask == 0)
             continue;
         AggradInfo& rec = info[index];
+        if (rec.status == -1)
+            place(index);
         if (!take_flood(rec, mask))
             continue;
         mark_neighbours(index);
-        if (_domain == nullptr)
-            continue;
         const int di = rec.i - mx;
         const int dj = rec.j - ny_below;
         if (!_domain->isValid(di, dj))
             continue;
         const double d = rec.ratio;
         MP_ASSERT_TEXT(!std::isnan(d), "!std::isnan(d)");
-        _domain->getObject(di, dj).deposit_thickness(rec.th * d, flood_facies(rec.gr), _iteration, _mb);
+        deposits.push_back(FloodDeposit{&_domain->getObject(di, dj), rec.th * d, flood_facies(rec.gr)});
     }
+    for (const FloodDeposit& deposit : deposits)
+        deposit.set->deposit_thickness(deposit.thickness, deposit.facies, _iteration, _mb);
+}
+
+double Network::flood_map_elevation(int i, int j, int ny_below) const
+{
+    const int mx = (_amap->getNx() - _domain->getNx()) / 2;
+    const int my = std::max(ny_below, _amap->getNy() - _domain->getNy() - ny_below);
+    return _domain->get_topo_extrapolated(true, true, i - mx, j - ny_below, mx, my, true);
 }
 
 // A node takes its flood from the neighbours strictly closer to the channel.
