@@ -15,6 +15,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdlib>
+#include <limits>
 
 namespace
 {
@@ -357,7 +358,9 @@ void Network::create_aggrad_map(int& ny_below, std::vector<ChannelGridPoint>& po
 
 // Danielsson's vector distance mapping: each node ends with the index vector
 // from its nearest source, propagated by two raster passes. A node still
-// holding the marker (nx + 1, 0) has no information yet and offers nothing.
+// holding the marker (nx + 1, 0) has no information yet and offers nothing
+// (no real vector is that long in x). The squared lengths are kept beside the
+// vectors, the marker's as larger than any.
 void Network::danielsson(Grid2D<IPos>& vectors) const
 {
     const int nx = vectors.getNx();
@@ -365,48 +368,56 @@ void Network::danielsson(Grid2D<IPos>& vectors) const
     if (nx <= 0 || ny <= 0 || !vectors.isAllocated())
         return;
     const int none = nx + 1;
-    auto informed = [none](const IPos& p) { return p.x != none || p.y != 0; };
-    auto offer = [&](IPos& node, const IPos& from, int ddx, int ddy)
-    {
-        if (!informed(from))
-            return;
-        const IPos candidate{from.x + ddx, from.y + ddy};
-        if (!informed(node) || length2(candidate) < length2(node))
-            node = candidate;
-    };
+    constexpr long long UNINFORMED = std::numeric_limits<long long>::max();
     IPos* grid = vectors.pointer(0, 0);
-    auto sweep_right = [&](IPos* row, const IPos* other, int ddy)
+    std::vector<long long> lengths(vectors.node_count());
+    for (std::size_t k = 0; k < lengths.size(); ++k)
+        lengths[k] = grid[k].x == none && grid[k].y == 0 ? UNINFORMED : length2(grid[k]);
+
+    auto offer = [&](std::size_t node, std::size_t from, int ddx, int ddy)
+    {
+        // Without branches: which of the two wins is not predictable.
+        const IPos candidate{grid[from].x + ddx, grid[from].y + ddy};
+        const long long length = length2(candidate);
+        const bool take = lengths[from] != UNINFORMED && length < lengths[node];
+        grid[node].x = take ? candidate.x : grid[node].x;
+        grid[node].y = take ? candidate.y : grid[node].y;
+        lengths[node] = take ? length : lengths[node];
+    };
+    // `other` is the row the information comes from in y, or -1.
+    auto sweep_right = [&](std::size_t row, long long other, int ddy)
     {
         for (int i = 1; i < nx; ++i)
         {
-            offer(row[i], row[i - 1], 1, 0);
-            if (other != nullptr)
-                offer(row[i], other[i], 0, ddy);
+            offer(row + i, row + i - 1, 1, 0);
+            if (other >= 0)
+                offer(row + i, static_cast<std::size_t>(other) + i, 0, ddy);
         }
     };
-    auto sweep_left = [&](IPos* row, const IPos* other, int ddy)
+    auto sweep_left = [&](std::size_t row, long long other, int ddy)
     {
         for (int i = nx - 2; i >= 0; --i)
         {
-            offer(row[i], row[i + 1], -1, 0);
-            if (other != nullptr)
-                offer(row[i], other[i], 0, ddy);
+            offer(row + i, row + i + 1, -1, 0);
+            if (other >= 0)
+                offer(row + i, static_cast<std::size_t>(other) + i, 0, ddy);
         }
     };
 
+    const std::size_t width = static_cast<std::size_t>(nx);
     // Downward: information from the sources above and in the row.
     for (int j = ny - 1; j >= 0; --j)
     {
-        IPos* row = grid + static_cast<std::size_t>(j) * nx;
-        sweep_right(row, j == ny - 1 ? nullptr : row + nx, -1);
-        sweep_left(row, nullptr, 0);
+        const std::size_t row = j * width;
+        sweep_right(row, j == ny - 1 ? -1 : static_cast<long long>(row + width), -1);
+        sweep_left(row, -1, 0);
     }
     // Upward: information from the sources below.
     for (int j = 0; j < ny; ++j)
     {
-        IPos* row = grid + static_cast<std::size_t>(j) * nx;
-        sweep_left(row, j == 0 ? nullptr : row - nx, 1);
-        sweep_right(row, nullptr, 0);
+        const std::size_t row = j * width;
+        sweep_left(row, j == 0 ? -1 : static_cast<long long>(row - width), 1);
+        sweep_right(row, -1, 0);
     }
 }
 
