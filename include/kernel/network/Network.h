@@ -65,7 +65,7 @@ struct AggradInfo
     double thmax = 0.;
     double th = 0.;
     double ratio = 0.;
-    // -1 not reached yet, -2 source (wet node), 0 computed.
+    // -1 not reached (no live neighbour fed it), -2 source (wet node), 0 computed.
     int status = -1;
     double zmax = 0.;
     double gr = 0.;
@@ -228,8 +228,15 @@ public:
     void make_pel_drap(double interval);
     void make_draping(double thickness, int family);
     void make_wetland(double fraction);
+    // The map of a flood, over the domain, its margins in x and the rows the
+    // channel reaches beyond it in y, and the wet nodes of the channel on it.
     void create_aggrad_map(int& ny_below, std::vector<ChannelGridPoint>& points);
+    // Spreads the flood from the source records (status -2) of the map over
+    // the nodes it reaches, and lays it on the domain.
     void compute_aggrad_map(int ny_below, const std::vector<ChannelGridPoint>& points);
+    // The land (water included) under node (i, j) of the flood map,
+    // extrapolated over the margins.
+    double flood_map_elevation(int i, int j, int ny_below) const;
     bool compute_deposit(AggradInfo* local);
     void danielsson(Grid2D<IPos>& vectors) const;
     void go_to_ep(double step);
@@ -244,6 +251,10 @@ public:
     // -- end events --
 
 private:
+    // The flood of `local` from those of its neighbours whose bit is set in
+    // `mask` (bit k: the k-th neighbour in feeding order) and that are
+    // strictly closer to the channel; true when it takes one thick enough to lay.
+    bool take_flood(AggradInfo& local, unsigned char mask);
     bool install_channel(const std::vector<Point3D>& points);
     // Traces the error of a failed channel creation; answers false.
     bool creation_failed(const std::string& text) const;

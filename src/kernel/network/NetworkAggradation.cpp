@@ -13,8 +13,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdint>
-#include <cstring>
+#include <cstddef>
+#include <cstdlib>
+#include <limits>
 
 namespace
 {
@@ -32,6 +33,8 @@ template <typename Op> void each_flood_field(AggradInfo& a, const AggradInfo& b,
 
 // The neighbours of a map node, in the order in which they may feed it.
 const int FEEDER_OFFSETS[8][2] = {{0, -1}, {0, 1}, {-1, 0}, {-1, -1}, {-1, 1}, {1, 0}, {1, -1}, {1, 1}};
+// Bit k of a mask stands for the neighbour at FEEDER_OFFSETS[k].
+constexpr unsigned char ALL_FEEDERS = 0xFF;
 
 int margin_x(const Domain& domain)
 {
@@ -43,58 +46,80 @@ long long length2(const IPos& p)
     return static_cast<long long>(p.x) * p.x + static_cast<long long>(p.y) * p.y;
 }
 
-// A map node and its distance to the channel, for the one sort of a flood.
-struct DistanceKey
+// The map nodes in increasing distance to the channel, ties by index, and
+// the distance of each. A distance depends only on |x| and |y| of the vector
+// to the nearest source (a negated product squares to the same bits), and
+// there are few of them: they are worked out once per pair, ranked, and the
+// nodes counted into their rank (a counting sort, stable in index order).
+struct DistanceOrder
 {
-    double dch;
-    int index;
-    bool operator<(const DistanceKey& other) const
-    {
-        return dch < other.dch || (dch == other.dch && index < other.index);
-    }
+    std::vector<int> nodes;
+    std::vector<int> node_rank;
+    std::vector<double> rank_distance;
+    double distance(int index) const { return rank_distance[node_rank[index]]; }
 };
 
-// Sorts the keys by distance, ties in the order given (which is by index, so
-// the order is that of DistanceKey::operator<). Distances are non-negative, so
-// their bit patterns sort as unsigned integers: a stable radix sort on 16-bit
-// digits, skipping the digits that all keys share (most of them: the
-// distances are few).
-void sort_by_distance(std::vector<DistanceKey>& keys)
+DistanceOrder nodes_by_distance(const Grid2D<IPos>& vectors)
 {
-    const std::size_t n = keys.size();
-    std::vector<std::uint64_t> bits(n);
-    for (std::size_t k = 0; k < n; ++k)
+    const int n = static_cast<int>(vectors.node_count());
+    const IPos* v = vectors.pointer(0, 0);
+    int wx = 0, wy = 0;
+    for (int k = 0; k < n; ++k)
     {
-        MP_ASSERT_TEXT(!(keys[k].dch < 0.), "dch >= 0");
-        std::memcpy(&bits[k], &keys[k].dch, sizeof(double));
+        wx = std::max(wx, std::abs(v[k].x));
+        wy = std::max(wy, std::abs(v[k].y));
     }
-    std::vector<DistanceKey> other(n);
-    std::vector<std::uint64_t> other_bits(n);
-    std::vector<std::size_t> count(1u << 16);
-    for (int shift = 0; shift < 64; shift += 16)
+    const std::size_t width = static_cast<std::size_t>(wx) + 1;
+    auto pair_of = [&](const IPos& p)
+    { return static_cast<std::size_t>(std::abs(p.y)) * width + std::abs(p.x); };
+
+    // Rank of each pair's distance; -1 for pairs no node has.
+    std::vector<int> rank(width * (static_cast<std::size_t>(wy) + 1), -1);
+    std::vector<std::pair<double, std::size_t>> distances;
+    const double dx = vectors.getDx();
+    const double dy = vectors.getDy();
+    for (int k = 0; k < n; ++k)
     {
-        std::fill(count.begin(), count.end(), 0);
-        for (std::size_t k = 0; k < n; ++k)
-            ++count[(bits[k] >> shift) & 0xFFFFu];
-        if (n == 0 || count[(bits[0] >> shift) & 0xFFFFu] == n)
+        const std::size_t p = pair_of(v[k]);
+        if (rank[p] >= 0)
             continue;
-        std::size_t start = 0;
-        for (std::size_t& c : count)
-        {
-            const std::size_t m = c;
-            c = start;
-            start += m;
-        }
-        for (std::size_t k = 0; k < n; ++k)
-        {
-            const std::size_t to = count[(bits[k] >> shift) & 0xFFFFu]++;
-            other[to] = keys[k];
-            other_bits[to] = bits[k];
-        }
-        keys.swap(other);
-        bits.swap(other_bits);
+        rank[p] = 0;
+        const double ax = std::abs(v[k].x) * dx;
+        const double ay = std::abs(v[k].y) * dy;
+        distances.emplace_back(std::sqrt(ax * ax + ay * ay), p);
     }
+    std::sort(distances.begin(), distances.end());
+    DistanceOrder order;
+    for (const auto& d : distances)
+    {
+        if (order.rank_distance.empty() || d.first != order.rank_distance.back())
+            order.rank_distance.push_back(d.first);
+        rank[d.second] = static_cast<int>(order.rank_distance.size()) - 1;
+    }
+
+    std::vector<int> start(order.rank_distance.size() + 1, 0);
+    order.node_rank.resize(static_cast<std::size_t>(n));
+    for (int k = 0; k < n; ++k)
+    {
+        const int r = rank[pair_of(v[k])];
+        order.node_rank[k] = r;
+        ++start[r + 1];
+    }
+    for (std::size_t r = 1; r < start.size(); ++r)
+        start[r] += start[r - 1];
+    order.nodes.resize(static_cast<std::size_t>(n));
+    for (int k = 0; k < n; ++k)
+        order.nodes[start[order.node_rank[k]]++] = k;
+    return order;
 }
+
+// A flood's deposit on a domain node, laid once the whole map is computed.
+struct FloodDeposit
+{
+    DepositionSet* set;
+    double thickness;
+    Facies facies;
+};
 
 // Overbank fines, coarser ones near the channel making the levee.
 Facies flood_facies(double granulo)
@@ -326,18 +351,16 @@ void Network::create_aggrad_map(int& ny_below, std::vector<ChannelGridPoint>& po
         return;
     }
 
+    // The flood reads the land through the margins' extrapolation.
     _domain->compute_border_zmin();
     _domain->compute_border_zmax();
-    const int my = std::max(ny_above, ny_below);
-    for (int j = 0; j < _amap->getNy(); ++j)
-        for (int i = 0; i < _amap->getNx(); ++i)
-            _amap->getObject(i, j).z =
-                _domain->get_topo_extrapolated(true, true, i - mx, j - ny_below, mx, my, true);
 }
 
 // Danielsson's vector distance mapping: each node ends with the index vector
 // from its nearest source, propagated by two raster passes. A node still
-// holding the marker (nx + 1, 0) has no information yet and offers nothing.
+// holding the marker (nx + 1, 0) has no information yet and offers nothing
+// (no real vector is that long in x). The squared lengths are kept beside the
+// vectors, the marker's as larger than any.
 void Network::danielsson(Grid2D<IPos>& vectors) const
 {
     const int nx = vectors.getNx();
@@ -345,48 +368,56 @@ void Network::danielsson(Grid2D<IPos>& vectors) const
     if (nx <= 0 || ny <= 0 || !vectors.isAllocated())
         return;
     const int none = nx + 1;
-    auto informed = [none](const IPos& p) { return p.x != none || p.y != 0; };
-    auto offer = [&](IPos& node, const IPos& from, int ddx, int ddy)
-    {
-        if (!informed(from))
-            return;
-        const IPos candidate{from.x + ddx, from.y + ddy};
-        if (!informed(node) || length2(candidate) < length2(node))
-            node = candidate;
-    };
+    constexpr long long UNINFORMED = std::numeric_limits<long long>::max();
     IPos* grid = vectors.pointer(0, 0);
-    auto sweep_right = [&](IPos* row, const IPos* other, int ddy)
+    std::vector<long long> lengths(vectors.node_count());
+    for (std::size_t k = 0; k < lengths.size(); ++k)
+        lengths[k] = grid[k].x == none && grid[k].y == 0 ? UNINFORMED : length2(grid[k]);
+
+    auto offer = [&](std::size_t node, std::size_t from, int ddx, int ddy)
+    {
+        // Without branches: which of the two wins is not predictable.
+        const IPos candidate{grid[from].x + ddx, grid[from].y + ddy};
+        const long long length = length2(candidate);
+        const bool take = lengths[from] != UNINFORMED && length < lengths[node];
+        grid[node].x = take ? candidate.x : grid[node].x;
+        grid[node].y = take ? candidate.y : grid[node].y;
+        lengths[node] = take ? length : lengths[node];
+    };
+    // `other` is the row the information comes from in y, or -1.
+    auto sweep_right = [&](std::size_t row, long long other, int ddy)
     {
         for (int i = 1; i < nx; ++i)
         {
-            offer(row[i], row[i - 1], 1, 0);
-            if (other != nullptr)
-                offer(row[i], other[i], 0, ddy);
+            offer(row + i, row + i - 1, 1, 0);
+            if (other >= 0)
+                offer(row + i, static_cast<std::size_t>(other) + i, 0, ddy);
         }
     };
-    auto sweep_left = [&](IPos* row, const IPos* other, int ddy)
+    auto sweep_left = [&](std::size_t row, long long other, int ddy)
     {
         for (int i = nx - 2; i >= 0; --i)
         {
-            offer(row[i], row[i + 1], -1, 0);
-            if (other != nullptr)
-                offer(row[i], other[i], 0, ddy);
+            offer(row + i, row + i + 1, -1, 0);
+            if (other >= 0)
+                offer(row + i, static_cast<std::size_t>(other) + i, 0, ddy);
         }
     };
 
+    const std::size_t width = static_cast<std::size_t>(nx);
     // Downward: information from the sources above and in the row.
     for (int j = ny - 1; j >= 0; --j)
     {
-        IPos* row = grid + static_cast<std::size_t>(j) * nx;
-        sweep_right(row, j == ny - 1 ? nullptr : row + nx, -1);
-        sweep_left(row, nullptr, 0);
+        const std::size_t row = j * width;
+        sweep_right(row, j == ny - 1 ? -1 : static_cast<long long>(row + width), -1);
+        sweep_left(row, -1, 0);
     }
     // Upward: information from the sources below.
     for (int j = 0; j < ny; ++j)
     {
-        IPos* row = grid + static_cast<std::size_t>(j) * nx;
-        sweep_left(row, j == 0 ? nullptr : row - nx, 1);
-        sweep_right(row, nullptr, 0);
+        const std::size_t row = j * width;
+        sweep_left(row, j == 0 ? -1 : static_cast<long long>(row - width), 1);
+        sweep_right(row, -1, 0);
     }
 }
 
@@ -394,6 +425,7 @@ void Network::compute_aggrad_map(int ny_below, const std::vector<ChannelGridPoin
 {
     MP_ASSERT_TEXT(_amap != nullptr, "_amap != NULL");
     MP_ASSERT_TEXT(!pts.empty(), "!pts.empty()");
+    MP_ASSERT_TEXT(_domain != nullptr, "_domain != NULL");
     const double dx = _amap->getDx();
     const double dy = _amap->getDy();
     const int nx = _amap->getNx();
@@ -402,7 +434,7 @@ void Network::compute_aggrad_map(int ny_below, const std::vector<ChannelGridPoin
     MP_ASSERT(dy > 0);
     MP_ASSERT(nx > 0 && ny > 0);
 
-    std::vector<DistanceKey> order(_amap->node_count());
+    DistanceOrder order;
     {
         Grid2D<IPos> vectors(*_amap);
         vectors.initialize(IPos{nx + 1, 0});
@@ -413,70 +445,116 @@ void Network::compute_aggrad_map(int ny_below, const std::vector<ChannelGridPoin
             vectors.getObject(pt.ix, pt.iy) = IPos{0, 0};
         }
         danielsson(vectors);
-
-        const IPos* v = vectors.pointer(0, 0);
-        AggradInfo* info = _amap->pointer(0, 0);
-        int index = 0;
-        for (int j = 0; j < ny; ++j)
-            for (int i = 0; i < nx; ++i, ++index)
-            {
-                AggradInfo& rec = info[index];
-                rec.i = i;
-                rec.j = j;
-                const double ax = v[index].x * dx;
-                const double ay = v[index].y * dy;
-                rec.dch = std::sqrt(ax * ax + ay * ay);
-                order[index] = DistanceKey{rec.dch, index};
-            }
+        order = nodes_by_distance(vectors);
     }
-    sort_by_distance(order);
 
-    const int mx = _domain != nullptr ? (nx - _domain->getNx()) / 2 : 0;
+    // A record gets its place, distance and land elevation when the flood
+    // comes to it; nothing is laid before the whole map is computed, so the
+    // land it reads is the land of the start of the flood.
     AggradInfo* info = _amap->pointer(0, 0);
-    for (const DistanceKey& key : order)
+    auto place = [&](int index)
     {
-        AggradInfo& rec = info[key.index];
-        if (!compute_deposit(&rec) || _domain == nullptr)
+        AggradInfo& rec = info[index];
+        rec.i = index % nx;
+        rec.j = index / nx;
+        rec.dch = order.distance(index);
+        rec.z = flood_map_elevation(rec.i, rec.j, ny_below);
+    };
+
+    // Only a live node (a source, or one that took a flood) can feed another:
+    // each live node marks itself in its neighbours' masks, and a node whose
+    // mask is empty when its turn comes cannot be fed and is left unreached.
+    std::vector<unsigned char> feeders(_amap->node_count(), 0);
+    auto mark_neighbours = [&](int index)
+    {
+        const int i = index % nx;
+        const int j = index / nx;
+        for (int k = 0; k < 8; ++k)
+        {
+            const int ni = i - FEEDER_OFFSETS[k][0];
+            const int nj = j - FEEDER_OFFSETS[k][1];
+            if (ni >= 0 && ni < nx && nj >= 0 && nj < ny)
+                feeders[static_cast<std::size_t>(nj) * nx + ni] |= static_cast<unsigned char>(1u << k);
+        }
+    };
+    for (const ChannelGridPoint& pt : pts)
+    {
+        const int index = pt.iy * nx + pt.ix;
+        if (info[index].status != -2)
             continue;
+        place(index);
+        mark_neighbours(index);
+    }
+
+    const int mx = (nx - _domain->getNx()) / 2;
+    std::vector<FloodDeposit> deposits;
+    for (const int index : order.nodes)
+    {
+        const unsigned char mask = feeders[index];
+        if (mask == 0)
+            continue;
+        AggradInfo& rec = info[index];
+        if (rec.status == -1)
+            place(index);
+        if (!take_flood(rec, mask))
+            continue;
+        mark_neighbours(index);
         const int di = rec.i - mx;
         const int dj = rec.j - ny_below;
         if (!_domain->isValid(di, dj))
             continue;
         const double d = rec.ratio;
         MP_ASSERT_TEXT(!std::isnan(d), "!std::isnan(d)");
-        _domain->getObject(di, dj).deposit_thickness(rec.th * d, flood_facies(rec.gr), _iteration, _mb);
+        deposits.push_back(FloodDeposit{&_domain->getObject(di, dj), rec.th * d, flood_facies(rec.gr)});
     }
+    for (const FloodDeposit& deposit : deposits)
+        deposit.set->deposit_thickness(deposit.thickness, deposit.facies, _iteration, _mb);
+}
+
+double Network::flood_map_elevation(int i, int j, int ny_below) const
+{
+    const int mx = (_amap->getNx() - _domain->getNx()) / 2;
+    const int my = std::max(ny_below, _amap->getNy() - _domain->getNy() - ny_below);
+    return _domain->get_topo_extrapolated(true, true, i - mx, j - ny_below, mx, my, true);
 }
 
 // A node takes its flood from the neighbours strictly closer to the channel.
 bool Network::compute_deposit(AggradInfo* local)
 {
     MP_ASSERT_TEXT(local != nullptr, "local != NULL");
-    if (local->status == -2 || local->status == 0)
+    return take_flood(*local, ALL_FEEDERS);
+}
+
+// A neighbour out of `mask` is one that cannot feed: unreached, or dry.
+bool Network::take_flood(AggradInfo& local, unsigned char mask)
+{
+    if (local.status == -2 || local.status == 0)
         return false;
-    MP_ASSERT_TEXT(local->th == 0., "local->th == 0.");
+    MP_ASSERT_TEXT(local.th == 0., "local->th == 0.");
     MP_ASSERT_TEXT(_amap != nullptr, "_amap != NULL");
 
-    AggradInfo mean = *local;
+    AggradInfo mean = local;
     mean.status = 0;
     AggradInfo sum = mean;
     const int nx = _amap->getNx();
     const int ny = _amap->getNy();
     const AggradInfo* map = _amap->pointer(0, 0);
     bool fed = false;
-    for (const auto& offset : FEEDER_OFFSETS)
+    for (int k = 0; k < 8; ++k)
     {
-        const int i = local->i + offset[0];
-        const int j = local->j + offset[1];
+        if ((mask & (1u << k)) == 0)
+            continue;
+        const int i = local.i + FEEDER_OFFSETS[k][0];
+        const int j = local.j + FEEDER_OFFSETS[k][1];
         if (i < 0 || i >= nx || j < 0 || j >= ny)
             continue;
         const AggradInfo& neighbour = map[static_cast<std::size_t>(j) * nx + i];
-        if (neighbour.dch < local->dch && mean.add(neighbour, sum))
+        if (neighbour.dch < local.dch && mean.add(neighbour, sum))
             fed = true;
     }
     if (!fed)
     {
-        local->status = 0;
+        local.status = 0;
         return false;
     }
     MP_ASSERT_TEXT(mean.status == 0, "mean.status == 0");
@@ -485,9 +563,9 @@ bool Network::compute_deposit(AggradInfo* local)
     MP_ASSERT_TEXT(mean.thdec > 0., "mean.thdec > 0");
     if (mean.th < AggradInfo::min_th)
     {
-        local->status = 0;
+        local.status = 0;
         return false;
     }
-    local->copy_deposit_info(mean);
+    local.copy_deposit_info(mean);
     return true;
 }

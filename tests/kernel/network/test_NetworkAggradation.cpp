@@ -366,8 +366,9 @@ TEST_F(AggradationTest, MapFollowsTheChannelInYAndReachesTheMarginsInX)
         EXPECT_GE(p.iy, 0);
         EXPECT_LE(p.iy, 2); // map rows of y = -310 ... -290
     }
-    // Node elevations come from the land, water included.
-    EXPECT_NEAR(map.getObject(mx + 3, 31 + 4).z, TOP, 1e-9);
+    // Node elevations come from the land, water included, and over the margins from its extrapolation.
+    EXPECT_NEAR(network->flood_map_elevation(mx + 3, 31 + 4, ny_below), TOP, 1e-9);
+    EXPECT_NEAR(network->flood_map_elevation(0, 0, ny_below), TOP, 1e-9);
 
     // Far above: the rows above the domain follow it.
     straight(NY * DX + 205., TOP);
