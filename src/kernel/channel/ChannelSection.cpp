@@ -11,13 +11,13 @@
 #include "kernel/common/FaciesFamilies.h"
 #include "kernel/domain/DepositionSet.h"
 #include "kernel/domain/Domain.h"
-#include "kernel/geometry/ConvexPolyedra2D.h"
 #include "kernel/geometry/Grid2D.h"
 #include "kernel/geometry/GridParams.h"
 #include "kernel/parameters/MeanderCalculator.h"
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 
 namespace
 {
@@ -253,32 +253,57 @@ double Channel::cross_section_elevation(const Domain* domain, int ix, int iy, co
 
 // ---------------------------------------------------------------- grid nodes
 
+namespace
+{
+void section_corners(const ChannelPoint* cp1, const ChannelPoint* cp2, double half_width,
+                     Point2D (&corners)[4])
+{
+    corners[0] = *cp1 + cp1->normal() * half_width;
+    corners[1] = *cp2 + cp2->normal() * half_width;
+    corners[2] = *cp2 - cp2->normal() * half_width;
+    corners[3] = *cp1 - cp1->normal() * half_width;
+}
+} // namespace
+
 void Channel::find_grid_points_for_section(const ChannelPoint* cp1, const ChannelPoint* cp2,
                                            const GridParams& geom,
                                            std::vector<std::pair<int, int>>& cells) const
 {
-    cells.clear();
-    ConvexPolyedra2D section;
-    section.add_vertex(*cp1 + cp1->normal() * _half_width);
-    section.add_vertex(*cp2 + cp2->normal() * _half_width);
-    section.add_vertex(*cp2 - cp2->normal() * _half_width);
-    section.add_vertex(*cp1 - cp1->normal() * _half_width);
-    const ConvexPolyedra2D grid = geom.rel2Grid(section);
-    const int nx = geom.getNx();
-    const int ny = geom.getNy();
-    if (grid.get_max().get_abscissa() < -0.5 || grid.get_max().get_ordinate() < -0.5 ||
-        grid.get_min().get_abscissa() > nx + 0.5 || grid.get_min().get_ordinate() > ny + 0.5)
-        return;
-    // Kept between calls: a run looks up nodes for every section of every iteration.
-    static thread_local std::vector<Point2D> nodes;
-    grid.find_points_with_integer_coordinates_inside(nodes);
-    for (const Point2D& node : nodes)
-    {
-        const double x = node.get_abscissa();
-        const double y = node.get_ordinate();
-        if (x >= 0. && x < nx && y >= 0. && y < ny)
-            cells.emplace_back(static_cast<int>(x), static_cast<int>(y));
-    }
+    Point2D corners[4];
+    section_corners(cp1, cp2, _half_width, corners);
+    geom.nodes_in_quad(corners, cells);
+}
+
+const std::vector<std::pair<int, int>>& Channel::section_nodes(std::size_t k, const ChannelPoint* cp1,
+                                                               const ChannelPoint* cp2,
+                                                               const GridParams& geom) const
+{
+    if (_section_nodes.size() <= k)
+        _section_nodes.resize(k + 1);
+    SectionNodes& entry = _section_nodes[k];
+    Point2D corners[4];
+    section_corners(cp1, cp2, _half_width, corners);
+    const double key[SectionNodes::KEY_SIZE] = {corners[0].get_abscissa(),
+                                                corners[0].get_ordinate(),
+                                                corners[1].get_abscissa(),
+                                                corners[1].get_ordinate(),
+                                                corners[2].get_abscissa(),
+                                                corners[2].get_ordinate(),
+                                                corners[3].get_abscissa(),
+                                                corners[3].get_ordinate(),
+                                                geom.getX0(),
+                                                geom.getY0(),
+                                                geom.getDx(),
+                                                geom.getDy(),
+                                                static_cast<double>(geom.getNx()),
+                                                static_cast<double>(geom.getNy())};
+    // Bit for bit: the nodes depend on nothing else.
+    if (entry.known && std::memcmp(entry.key, key, sizeof key) == 0)
+        return entry.nodes;
+    geom.nodes_in_quad(corners, entry.nodes);
+    std::memcpy(entry.key, key, sizeof key);
+    entry.known = true;
+    return entry.nodes;
 }
 
 void Channel::find_grid_points(const GridParams& geom, std::vector<ChannelGridPoint>& out) const
@@ -305,12 +330,11 @@ void Channel::collect_grid_points(const GridParams& geom, std::vector<ChannelGri
         out.clear();
         return;
     }
-    std::vector<std::pair<int, int>> cells;
-    for (const ChannelPoint* cp = _first->next(); cp != nullptr; cp = cp->next())
+    std::size_t k = 0;
+    for (const ChannelPoint* cp = _first->next(); cp != nullptr; cp = cp->next(), ++k)
     {
         const ChannelPoint* prev = cp->prev();
-        find_grid_points_for_section(prev, cp, geom, cells);
-        for (const auto& cell : cells)
+        for (const auto& cell : section_nodes(k, prev, cp, geom))
         {
             const Point2D position =
                 Point2D(cell.first * geom.getDx(), cell.second * geom.getDy()) + geom.getOrigin();
@@ -367,13 +391,10 @@ void Channel::section_vertices_2D(std::vector<double>& out) const
 
 void Channel::update_section(Domain* domain, MassBalance* mb, const ChannelPoint* cp1,
                              const ChannelPoint* cp2, unsigned int age, Facies facies, bool erode,
-                             double limit)
+                             double limit, const std::vector<std::pair<int, int>>& cells)
 {
     const bool ghost = facies == facies_of(HemipelagicPlug::_fd, PLUG_CLASS);
     const SectionFrame frame(cp1, cp2);
-    // Kept between calls: every section of every iteration comes here.
-    static thread_local std::vector<std::pair<int, int>> cells;
-    find_grid_points_for_section(cp1, cp2, *domain, cells);
     for (const auto& cell : cells)
     {
         double d;
@@ -414,7 +435,8 @@ void Channel::update_section(Domain* domain, MassBalance* mb, const ChannelPoint
 }
 
 void Channel::update_section_new(Domain* domain, MassBalance* mb, const ChannelPoint* cp1,
-                                 const ChannelPoint* cp2, unsigned int age, Facies facies, bool erode)
+                                 const ChannelPoint* cp2, unsigned int age, Facies facies, bool erode,
+                                 const std::vector<std::pair<int, int>>& cells)
 {
     const iParameters* params = _mc->parameters();
     const bool optim = params->usingVarPBGrainOptim();
@@ -425,14 +447,12 @@ void Channel::update_section_new(Domain* domain, MassBalance* mb, const ChannelP
     const bool point_bar = facies == facies_of(PointBar::_fd, POINT_BAR_CLASS);
     const bool lag = facies == facies_of(ChannelLag::_fd, CHANNEL_LAG_CLASS);
 
-    std::vector<std::pair<int, int>> cells;
     std::vector<double> grains;
     std::vector<double> heights;
     std::vector<double> profile_grains;
     std::vector<double> profile_heights;
     const SectionFrame frame(cp1, cp2);
     Flow flow(_mc);
-    find_grid_points_for_section(cp1, cp2, *domain, cells);
     for (const auto& cell : cells)
     {
         const int ix = cell.first;
@@ -524,12 +544,14 @@ void Channel::make_point_bar(Domain* domain, MassBalance* mb, unsigned int age, 
         return;
     const Facies facies = facies_of(PointBar::_fd, POINT_BAR_CLASS);
     const bool variable = _mc->parameters()->usingVariablePBGrainsize();
-    for (ChannelPoint* cp = _first->next(); cp != nullptr; cp = cp->next())
+    std::size_t k = 0;
+    for (ChannelPoint* cp = _first->next(); cp != nullptr; cp = cp->next(), ++k)
     {
+        const auto& cells = section_nodes(k, cp->prev(), cp, *domain);
         if (variable)
-            update_section_new(domain, mb, cp->prev(), cp, age, facies, erode);
+            update_section_new(domain, mb, cp->prev(), cp, age, facies, erode, cells);
         else
-            update_section(domain, mb, cp->prev(), cp, age, facies, erode, 0.1);
+            update_section(domain, mb, cp->prev(), cp, age, facies, erode, 0.1, cells);
     }
 }
 
@@ -539,12 +561,14 @@ void Channel::make_channel_lag(Domain* domain, MassBalance* mb, unsigned int age
         return;
     const Facies facies = facies_of(ChannelLag::_fd, CHANNEL_LAG_CLASS);
     const bool variable = _mc->parameters()->usingVariablePBGrainsize();
-    for (ChannelPoint* cp = _first->next(); cp != nullptr; cp = cp->next())
+    std::size_t k = 0;
+    for (ChannelPoint* cp = _first->next(); cp != nullptr; cp = cp->next(), ++k)
     {
+        const auto& cells = section_nodes(k, cp->prev(), cp, *domain);
         if (variable)
-            update_section_new(domain, mb, cp->prev(), cp, age, facies, true);
+            update_section_new(domain, mb, cp->prev(), cp, age, facies, true, cells);
         else
-            update_section(domain, mb, cp->prev(), cp, age, facies, true, 0.1);
+            update_section(domain, mb, cp->prev(), cp, age, facies, true, 0.1, cells);
     }
 }
 
@@ -553,8 +577,10 @@ void Channel::make_ghost_migration(Domain* domain, MassBalance* mb, unsigned int
     if (_first == nullptr)
         return;
     const Facies facies = facies_of(HemipelagicPlug::_fd, PLUG_CLASS);
-    for (ChannelPoint* cp = _first->next(); cp != nullptr; cp = cp->next())
-        update_section(domain, mb, cp->prev(), cp, age, facies, false, thickness);
+    std::size_t k = 0;
+    for (ChannelPoint* cp = _first->next(); cp != nullptr; cp = cp->next(), ++k)
+        update_section(domain, mb, cp->prev(), cp, age, facies, false, thickness,
+                       section_nodes(k, cp->prev(), cp, *domain));
 }
 
 // ---------------------------------------------------------------- filling
