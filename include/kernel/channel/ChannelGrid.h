@@ -32,12 +32,14 @@ public:
     // Pairs of points far apart along the chain but nearer than one width on
     // the plane, upstream end first, non-overlapping, in chain order.
     void get_intersections(const Channel& channel, std::vector<CutOff>& cuts);
-    // Entries left in all the cell maps.
+    // Entries left in the cell maps (only initialize fills them).
     int count() const;
 
     const std::vector<IPos>& cells() const { return _cells; }
 
 private:
+    void empty_filled_cells();
+
     // The cell of each point, in chain order.
     std::vector<IPos> _cells;
 };

@@ -23,9 +23,19 @@ void ChannelGrid::clear()
             getObject(i, j).clear();
 }
 
+// Only initialize fills cells, and only those of _cells: emptying these
+// empties the grid without a sweep of every cell at each iteration.
+void ChannelGrid::empty_filled_cells()
+{
+    if (isAllocated())
+        for (const IPos& cell : _cells)
+            getObject(cell.x, cell.y).clear();
+    _cells.clear();
+}
+
 void ChannelGrid::initialize(const Channel& channel)
 {
-    clear();
+    empty_filled_cells();
     int idx = 0;
     for (ChannelPoint* cp = channel.first(); cp != nullptr; cp = cp->next(), ++idx)
     {
@@ -99,9 +109,18 @@ int ChannelGrid::count() const
 {
     if (!isAllocated())
         return 0;
+    // Each filled cell once; no other cell holds entries.
+    std::vector<std::size_t> filled;
+    filled.reserve(_cells.size());
+    for (const IPos& cell : _cells)
+        filled.push_back(static_cast<std::size_t>(cell.y) * static_cast<std::size_t>(_nx) +
+                         static_cast<std::size_t>(cell.x));
+    std::sort(filled.begin(), filled.end());
+    filled.erase(std::unique(filled.begin(), filled.end()), filled.end());
     std::size_t n = 0;
-    for (int j = 0; j < _ny; ++j)
-        for (int i = 0; i < _nx; ++i)
-            n += getObject(i, j).size();
+    for (std::size_t index : filled)
+        n += getObject(static_cast<int>(index % static_cast<std::size_t>(_nx)),
+                       static_cast<int>(index / static_cast<std::size_t>(_nx)))
+                 .size();
     return static_cast<int>(n);
 }

@@ -17,6 +17,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <cstring>
 
 namespace
@@ -103,11 +104,55 @@ double fraction_between_normals(const Point2D& p, const ChannelPoint* a, const C
     return Channel::norm_proj(p, *a, *b);
 }
 
+// fraction_between_normals along one segment, with what depends on the
+// segment alone worked out once: the same operations in the same order.
+class SegmentFraction
+{
+public:
+    SegmentFraction(const ChannelPoint* a, const ChannelPoint* b)
+        : _a(a), _b(b), _chord(*a, *b), _chord2(_chord.scalar(_chord)),
+          _a_normal(_chord2 > MP_EPSILON && a->normal().scalar(a->normal()) > MP_EPSILON),
+          _b_normal(b->normal().scalar(b->normal()) > MP_EPSILON), _d1(a->normal().vectorial(_chord)),
+          _d2(b->normal().vectorial(_chord))
+    {
+    }
+
+    double at(const Point2D& p) const
+    {
+        if (_a_normal && _d1 != 0.)
+        {
+            const Point2D& a = *_a;
+            const double l1 = _a->normal().vectorial(a - p) / _d1;
+            if (_b_normal && _d2 != 0.)
+            {
+                const Point2D& b = *_b;
+                const double l2 = _b->normal().vectorial(b - p) / _d2;
+                if (l1 != l2)
+                    return std::fabs(l1) / std::fabs(l1 - l2);
+            }
+            const double denominator = _a->distance2D(p) / _b->ds();
+            if (denominator > 0.)
+                return std::fabs(l1) * std::sqrt(_chord2) / denominator;
+        }
+        return Channel::norm_proj(p, *_a, *_b);
+    }
+
+private:
+    const ChannelPoint* _a;
+    const ChannelPoint* _b;
+    Vector2D _chord;
+    double _chord2;
+    bool _a_normal;
+    bool _b_normal;
+    double _d1; // the normals' cross products with the chord
+    double _d2;
+};
+
 // What a section needs at each of its nodes, computed once per section.
 struct SectionFrame
 {
     SectionFrame(const ChannelPoint* first, const ChannelPoint* second)
-        : cp1(first), cp2(second), across(*first, *second)
+        : cp1(first), cp2(second), across(*first, *second), fraction(first, second)
     {
         across.normalize();
         across.rotate_half_pi();
@@ -115,6 +160,7 @@ struct SectionFrame
     const ChannelPoint* cp1;
     const ChannelPoint* cp2;
     Vector2D across;
+    SegmentFraction fraction;
 };
 
 // Elevation of the section's bed at p: the interpolated top minus the
@@ -123,7 +169,7 @@ double section_elevation(const SectionFrame& frame, const Point2D& p, double wid
 {
     const ChannelPoint* cp1 = frame.cp1;
     const ChannelPoint* cp2 = frame.cp2;
-    const double t = clamp01(fraction_between_normals(p, cp1, cp2));
+    const double t = clamp01(frame.fraction.at(p));
     const Point2D q = *cp1 * (1. - t) + *cp2 * t;
     MP_ASSERT_TEXT(cp1->getHmean() > 0. && cp2->getHmean() > 0.,
                    "cp1->getHmean() > 0. && cp2->getHmean() > 0.");
@@ -255,6 +301,20 @@ double Channel::cross_section_elevation(const Domain* domain, int ix, int iy, co
 
 namespace
 {
+bool same_bits(const double (&a)[Channel::SECTION_KEY_SIZE], const double (&b)[Channel::SECTION_KEY_SIZE])
+{
+    for (int k = 0; k < Channel::SECTION_KEY_SIZE; ++k)
+    {
+        std::uint64_t x;
+        std::uint64_t y;
+        std::memcpy(&x, &a[k], sizeof x);
+        std::memcpy(&y, &b[k], sizeof y);
+        if (x != y)
+            return false;
+    }
+    return true;
+}
+
 void section_corners(const ChannelPoint* cp1, const ChannelPoint* cp2, double half_width,
                      Point2D (&corners)[4])
 {
@@ -283,22 +343,22 @@ const std::vector<std::pair<int, int>>& Channel::section_nodes(std::size_t k, co
     SectionNodes& entry = _section_nodes[k];
     Point2D corners[4];
     section_corners(cp1, cp2, _half_width, corners);
-    const double key[SectionNodes::KEY_SIZE] = {corners[0].get_abscissa(),
-                                                corners[0].get_ordinate(),
-                                                corners[1].get_abscissa(),
-                                                corners[1].get_ordinate(),
-                                                corners[2].get_abscissa(),
-                                                corners[2].get_ordinate(),
-                                                corners[3].get_abscissa(),
-                                                corners[3].get_ordinate(),
-                                                geom.getX0(),
-                                                geom.getY0(),
-                                                geom.getDx(),
-                                                geom.getDy(),
-                                                static_cast<double>(geom.getNx()),
-                                                static_cast<double>(geom.getNy())};
+    const double key[SECTION_KEY_SIZE] = {corners[0].get_abscissa(),
+                                          corners[0].get_ordinate(),
+                                          corners[1].get_abscissa(),
+                                          corners[1].get_ordinate(),
+                                          corners[2].get_abscissa(),
+                                          corners[2].get_ordinate(),
+                                          corners[3].get_abscissa(),
+                                          corners[3].get_ordinate(),
+                                          geom.getX0(),
+                                          geom.getY0(),
+                                          geom.getDx(),
+                                          geom.getDy(),
+                                          static_cast<double>(geom.getNx()),
+                                          static_cast<double>(geom.getNy())};
     // Bit for bit: the nodes depend on nothing else.
-    if (entry.known && std::memcmp(entry.key, key, sizeof key) == 0)
+    if (entry.known && same_bits(entry.key, key))
         return entry.nodes;
     geom.nodes_in_quad(corners, entry.nodes);
     std::memcpy(entry.key, key, sizeof key);
@@ -334,13 +394,14 @@ void Channel::collect_grid_points(const GridParams& geom, std::vector<ChannelGri
     for (const ChannelPoint* cp = _first->next(); cp != nullptr; cp = cp->next(), ++k)
     {
         const ChannelPoint* prev = cp->prev();
+        const SegmentFraction fraction(prev, cp);
         for (const auto& cell : section_nodes(k, prev, cp, geom))
         {
             const Point2D position =
                 Point2D(cell.first * geom.getDx(), cell.second * geom.getDy()) + geom.getOrigin();
             // One fraction along the segment serves every field (the *_at_point helpers
             // would each compute it again).
-            const double t = clamp01(norm_proj_new(position, prev, cp));
+            const double t = clamp01(fraction.at(position));
             const double z = mix(prev->get_elevation(), cp->get_elevation(), t);
             // Built in place: a grid point carries a whole flow.
             ChannelGridPoint& point = count < out.size() ? out[count] : out.emplace_back(_mc);
