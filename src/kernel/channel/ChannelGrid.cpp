@@ -109,18 +109,17 @@ int ChannelGrid::count() const
 {
     if (!isAllocated())
         return 0;
-    // Each filled cell once; no other cell holds entries.
-    std::vector<std::size_t> filled;
-    filled.reserve(_cells.size());
-    for (const IPos& cell : _cells)
-        filled.push_back(static_cast<std::size_t>(cell.y) * static_cast<std::size_t>(_nx) +
-                         static_cast<std::size_t>(cell.x));
-    std::sort(filled.begin(), filled.end());
-    filled.erase(std::unique(filled.begin(), filled.end()), filled.end());
+    // No other cell than the filled ones holds entries; each is counted once.
+    // After a search nearly all are empty, so the list of those counted stays short.
+    std::vector<const std::map<int, ChannelPoint*>*> counted;
     std::size_t n = 0;
-    for (std::size_t index : filled)
-        n += getObject(static_cast<int>(index % static_cast<std::size_t>(_nx)),
-                       static_cast<int>(index / static_cast<std::size_t>(_nx)))
-                 .size();
+    for (const IPos& cell : _cells)
+    {
+        const std::map<int, ChannelPoint*>& entries = getObject(cell.x, cell.y);
+        if (entries.empty() || std::find(counted.begin(), counted.end(), &entries) != counted.end())
+            continue;
+        counted.push_back(&entries);
+        n += entries.size();
+    }
     return static_cast<int>(n);
 }

@@ -15,8 +15,8 @@ namespace
 {
 // Beyond this size in grid units a quadrilateral goes through the general polygon.
 constexpr double QUAD_FAST_LIMIT = 1e6;
-// Bound on an edge's rounding tolerance under which a row's nodes lie past
-// floor(leftmost crossing) - 1.
+// Bound on an edge's rounding tolerance under which a row's nodes lie at or
+// past ceil(leftmost crossing - ROW_TOLERANCE_BOUND).
 constexpr double ROW_TOLERANCE_BOUND = 0.25;
 
 // std::round, half away from zero, of a finite value well below 2^52, without a library call.
@@ -48,8 +48,8 @@ void keep_on_grid(const std::vector<Point2D>& points, int nx, int ny, std::vecto
 // rows and columns of an nx by ny grid: the same tests in the same order.
 // A closed polygon crosses a row an even number of times, so a node is inside
 // only at or past the leftmost crossing; near an edge it is within the
-// edge's tolerance of it. Columns before floor(leftmost) - 1 are skipped when
-// every tolerance of the row is below ROW_TOLERANCE_BOUND.
+// edge's tolerance of it. Columns before leftmost - ROW_TOLERANCE_BOUND are
+// skipped when every tolerance of the row is below that bound.
 void scan_quad(const double (&vx)[4], const double (&vy)[4], double min_x, double min_y, double max_x,
                double max_y, int nx, int ny, std::vector<std::pair<int, int>>& nodes)
 {
@@ -144,7 +144,7 @@ void scan_quad(const double (&vx)[4], const double (&vy)[4], double min_x, doubl
         };
         // The quadrilateral's nodes in a row are contiguous: the first gap ends the row.
         bool found_in_row = false;
-        const double first = bounded ? std::max(x_start, std::floor(leftmost) - 1.) : x_start;
+        const double first = bounded ? std::max(x_start, std::ceil(leftmost - ROW_TOLERANCE_BOUND)) : x_start;
         for (double x = first; x < x_stop; x += 1.)
         {
             if (included(x))
