@@ -226,6 +226,9 @@ public:
                                       const GridParams& geom, std::vector<std::pair<int, int>>& cells) const;
     void find_grid_points(const GridParams& geom, std::vector<ChannelGridPoint>& out) const override;
     void find_grid_points_new(const GridParams& geom, std::vector<ChannelGridPoint>& out) const;
+    // Everything find_grid_points reads, in `out`: two equal records (bit for
+    // bit) give the same grid points.
+    void grid_points_inputs(const GridParams& geom, std::vector<double>& out) const;
     void put_route_on_grid(Grid2D<std::pair<ChannelPoint*, ChannelPoint*>>& grid) const;
     void section_vertices_2D(std::vector<double>& out) const;
 

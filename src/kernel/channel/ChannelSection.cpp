@@ -376,6 +376,20 @@ void Channel::find_grid_points_new(const GridParams& geom, std::vector<ChannelGr
     collect_grid_points(geom, out, true);
 }
 
+void Channel::grid_points_inputs(const GridParams& geom, std::vector<double>& out) const
+{
+    out.clear();
+    // The grid points' flows are built with the calculator.
+    double calculator = 0.;
+    static_assert(sizeof(_mc) <= sizeof(calculator), "a pointer fits in a double's bits");
+    std::memcpy(&calculator, &_mc, sizeof(_mc));
+    out.insert(out.end(), {calculator, _half_width, geom.getX0(), geom.getY0(), geom.getDx(), geom.getDy(),
+                           static_cast<double>(geom.getNx()), static_cast<double>(geom.getNy())});
+    for (const ChannelPoint* cp = _first; cp != nullptr; cp = cp->next())
+        out.insert(out.end(), {cp->getX(), cp->getY(), cp->normal().get_abscissa(),
+                               cp->normal().get_ordinate(), cp->ds(), cp->get_elevation()});
+}
+
 // The nodes under each section with the channel's elevation there; `full`
 // adds the bed, the curvature, the flow and the side.
 void Channel::collect_grid_points(const GridParams& geom, std::vector<ChannelGridPoint>& out, bool full) const
