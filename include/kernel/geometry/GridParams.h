@@ -64,7 +64,8 @@ public:
     Point2D rel2Grid(const Point2D& rel, bool round) const;
     // (i + x0) * dx: the inverse of rel2Grid only for a zero origin.
     Point2D grid2Rel(const Point2D& grid) const;
-    Point2D grid2Rel(double i, double j) const;
+    // Inline: the channel's imprint asks it at every node of every section.
+    Point2D grid2Rel(double i, double j) const { return Point2D((i + _x0) * _dx, (j + _y0) * _dy); }
     Point2D geo2Grid(const Point2D& geo, bool round) const;
     Point2D grid2Geo(const Point2D& grid) const;
     Point2D grid2Geo(double i, double j) const;

@@ -170,7 +170,11 @@ double section_elevation(const SectionFrame& frame, const Point2D& p, double wid
     const ChannelPoint* cp1 = frame.cp1;
     const ChannelPoint* cp2 = frame.cp2;
     const double t = clamp01(frame.fraction.at(p));
-    const Point2D q = *cp1 * (1. - t) + *cp2 * t;
+    // *cp1 * (1 - t) + *cp2 * t in the plane, without the elevations' share of it.
+    const Point2D& a = *cp1;
+    const Point2D& b = *cp2;
+    const double u = 1. - t;
+    const Point2D q(a.get_abscissa() * u + b.get_abscissa() * t, a.get_ordinate() * u + b.get_ordinate() * t);
     MP_ASSERT_TEXT(cp1->getHmean() > 0. && cp2->getHmean() > 0.,
                    "cp1->getHmean() > 0. && cp2->getHmean() > 0.");
     const double h = mix(cp1->getHmean(), cp2->getHmean(), t);

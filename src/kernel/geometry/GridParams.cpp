@@ -243,11 +243,6 @@ Point2D GridParams::grid2Rel(const Point2D& grid) const
     return p;
 }
 
-Point2D GridParams::grid2Rel(double i, double j) const
-{
-    return grid2Rel(Point2D(i, j));
-}
-
 Point2D GridParams::geo2Grid(const Point2D& geo, bool round) const
 {
     return rel2Grid(geo2Rel(geo), round);
