@@ -165,11 +165,12 @@ struct SectionFrame
 
 // Elevation of the section's bed at p: the interpolated top minus the
 // parabola of the interpolated mean depth.
-double section_elevation(const SectionFrame& frame, const Point2D& p, double width, double& depth)
+// The same at a node whose clamped fraction t along the segment is known.
+double section_elevation_at(const SectionFrame& frame, const Point2D& p, double t, double width,
+                            double& depth)
 {
     const ChannelPoint* cp1 = frame.cp1;
     const ChannelPoint* cp2 = frame.cp2;
-    const double t = clamp01(frame.fraction.at(p));
     // *cp1 * (1 - t) + *cp2 * t in the plane, without the elevations' share of it.
     const Point2D& a = *cp1;
     const Point2D& b = *cp2;
@@ -183,6 +184,11 @@ double section_elevation(const SectionFrame& frame, const Point2D& p, double wid
     MP_ASSERT_TEXT(!std::isnan(d), "!std::isnan(d)");
     depth = d;
     return mix(cp1->get_elevation(), cp2->get_elevation(), t) - d;
+}
+
+double section_elevation(const SectionFrame& frame, const Point2D& p, double width, double& depth)
+{
+    return section_elevation_at(frame, p, clamp01(frame.fraction.at(p)), width, depth);
 }
 } // namespace
 
@@ -537,9 +543,13 @@ void Channel::update_section_new(Domain* domain, MassBalance* mb, const ChannelP
         const int ix = cell.first;
         const int iy = cell.second;
         const Point2D p = domain->grid2Rel(ix, iy);
+        // One fraction along the segment for every field (the *_at_point helpers
+        // would each compute it again).
+        const double t = clamp01(frame.fraction.at(p));
         double d;
-        double e = section_elevation(frame, p, width(), d);
-        const double bed = get_bed_elevation_at_point(p, cp1, cp2);
+        double e = section_elevation_at(frame, p, t, width(), d);
+        const double bed = mix(cp1->get_elevation(), cp2->get_elevation(), t) -
+                           mix(cp1->getFlowHmax(), cp2->getFlowHmax(), t);
         DepositionSet& stack = domain->getObject(ix, iy);
         double top = stack.get_topo_rel(false);
         const double hflow = e + d - bed;
@@ -579,7 +589,6 @@ void Channel::update_section_new(Domain* domain, MassBalance* mb, const ChannelP
             continue;
 
         // get_flow_at_point, into the storage of the section's one flow.
-        const double t = clamp01(norm_proj_new(p, cp1, cp2));
         flow.assign_weighted_sum(cp1->flow(), 1. - t, cp2->flow(), t);
         const double a = top - bed;
         const double b = e - bed;
@@ -587,8 +596,10 @@ void Channel::update_section_new(Domain* domain, MassBalance* mb, const ChannelP
             get_grainsize_profile_proxy(flow, a, b, profile_grains, profile_heights);
         else
         {
-            const int side = point_at_outer_side(p, cp1, cp2);
-            const double curvature = get_curvature_at_point(p, cp1, cp2);
+            // point_at_outer_side and get_curvature_at_point.
+            const double curvature = mix(cp1->getC(), cp2->getC(), t);
+            const double s = static_cast<double>(get_side(*cp1, *cp2, p));
+            const int side = s * curvature < 0. ? 1 : (s * curvature > 0. ? -1 : 0);
             if (optim)
                 get_grainsize_profile_optim(flow, curvature, side, a, b, hflow, profile_grains,
                                             profile_heights);
