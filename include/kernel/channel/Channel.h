@@ -310,14 +310,11 @@ private:
     iTracer* _tracer;
     double _poly[5];
 
-public:
-    // A section's corners' coordinates, then the grid's origin, mesh and size.
-    static constexpr int SECTION_KEY_SIZE = 14;
-
-private:
     struct SectionNodes
     {
-        double key[SECTION_KEY_SIZE] = {};
+        // The corners' coordinates, then the grid's origin, mesh and size.
+        static constexpr int KEY_SIZE = 14;
+        double key[KEY_SIZE] = {};
         bool known = false;
         std::vector<std::pair<int, int>> nodes;
     };

@@ -163,9 +163,9 @@ struct SectionFrame
     SegmentFraction fraction;
 };
 
-// Elevation of the section's bed at p: the interpolated top minus the
-// parabola of the interpolated mean depth.
-// The same at a node whose clamped fraction t along the segment is known.
+// Elevation of the section's bed at p, whose clamped fraction along the
+// segment is t: the interpolated top minus the parabola of the interpolated
+// mean depth.
 double section_elevation_at(const SectionFrame& frame, const Point2D& p, double t, double width,
                             double& depth)
 {
@@ -186,6 +186,7 @@ double section_elevation_at(const SectionFrame& frame, const Point2D& p, double 
     return mix(cp1->get_elevation(), cp2->get_elevation(), t) - d;
 }
 
+// The same, the fraction worked out here.
 double section_elevation(const SectionFrame& frame, const Point2D& p, double width, double& depth)
 {
     return section_elevation_at(frame, p, clamp01(frame.fraction.at(p)), width, depth);
@@ -311,9 +312,9 @@ double Channel::cross_section_elevation(const Domain* domain, int ix, int iy, co
 
 namespace
 {
-bool same_bits(const double (&a)[Channel::SECTION_KEY_SIZE], const double (&b)[Channel::SECTION_KEY_SIZE])
+bool same_bits(const double* a, const double* b, std::size_t n)
 {
-    for (int k = 0; k < Channel::SECTION_KEY_SIZE; ++k)
+    for (std::size_t k = 0; k < n; ++k)
     {
         std::uint64_t x;
         std::uint64_t y;
@@ -353,22 +354,22 @@ const std::vector<std::pair<int, int>>& Channel::section_nodes(std::size_t k, co
     SectionNodes& entry = _section_nodes[k];
     Point2D corners[4];
     section_corners(cp1, cp2, _half_width, corners);
-    const double key[SECTION_KEY_SIZE] = {corners[0].get_abscissa(),
-                                          corners[0].get_ordinate(),
-                                          corners[1].get_abscissa(),
-                                          corners[1].get_ordinate(),
-                                          corners[2].get_abscissa(),
-                                          corners[2].get_ordinate(),
-                                          corners[3].get_abscissa(),
-                                          corners[3].get_ordinate(),
-                                          geom.getX0(),
-                                          geom.getY0(),
-                                          geom.getDx(),
-                                          geom.getDy(),
-                                          static_cast<double>(geom.getNx()),
-                                          static_cast<double>(geom.getNy())};
+    const double key[SectionNodes::KEY_SIZE] = {corners[0].get_abscissa(),
+                                                corners[0].get_ordinate(),
+                                                corners[1].get_abscissa(),
+                                                corners[1].get_ordinate(),
+                                                corners[2].get_abscissa(),
+                                                corners[2].get_ordinate(),
+                                                corners[3].get_abscissa(),
+                                                corners[3].get_ordinate(),
+                                                geom.getX0(),
+                                                geom.getY0(),
+                                                geom.getDx(),
+                                                geom.getDy(),
+                                                static_cast<double>(geom.getNx()),
+                                                static_cast<double>(geom.getNy())};
     // Bit for bit: the nodes depend on nothing else.
-    if (entry.known && same_bits(entry.key, key))
+    if (entry.known && same_bits(entry.key, key, SectionNodes::KEY_SIZE))
         return entry.nodes;
     geom.nodes_in_quad(corners, entry.nodes);
     std::memcpy(entry.key, key, sizeof key);
