@@ -226,13 +226,19 @@ public:
                                       const GridParams& geom, std::vector<std::pair<int, int>>& cells) const;
     void find_grid_points(const GridParams& geom, std::vector<ChannelGridPoint>& out) const override;
     void find_grid_points_new(const GridParams& geom, std::vector<ChannelGridPoint>& out) const;
+    // Everything find_grid_points reads, in `out`: two equal records (bit for
+    // bit) give the same grid points.
+    void grid_points_inputs(const GridParams& geom, std::vector<double>& out) const;
     void put_route_on_grid(Grid2D<std::pair<ChannelPoint*, ChannelPoint*>>& grid) const;
     void section_vertices_2D(std::vector<double>& out) const;
 
+    // `cells`: the nodes under the section, as find_grid_points_for_section gives them.
     void update_section(Domain* domain, MassBalance* mb, const ChannelPoint* cp1, const ChannelPoint* cp2,
-                        unsigned int age, Facies facies, bool erode, double limit);
+                        unsigned int age, Facies facies, bool erode, double limit,
+                        const std::vector<std::pair<int, int>>& cells);
     void update_section_new(Domain* domain, MassBalance* mb, const ChannelPoint* cp1, const ChannelPoint* cp2,
-                            unsigned int age, Facies facies, bool erode);
+                            unsigned int age, Facies facies, bool erode,
+                            const std::vector<std::pair<int, int>>& cells);
     void make_point_bar(Domain* domain, MassBalance* mb, unsigned int age, bool erode);
     void make_channel_lag(Domain* domain, MassBalance* mb, unsigned int age);
     void make_ghost_migration(Domain* domain, MassBalance* mb, unsigned int age, double thickness);
@@ -266,6 +272,13 @@ public:
     // -- end network support --
 
 private:
+    // The nodes under the section from cp1 to cp2, the k-th of the chain, kept
+    // from the last call for that k and found again only when its corners or
+    // the grid have changed: the point-bar pass and the wet-cell pass of an
+    // iteration, and the next migration, ask for the same nodes.
+    const std::vector<std::pair<int, int>>& section_nodes(std::size_t k, const ChannelPoint* cp1,
+                                                          const ChannelPoint* cp2,
+                                                          const GridParams& geom) const;
     void collect_grid_points(const GridParams& geom, std::vector<ChannelGridPoint>& out, bool full) const;
     void init_scalars(const Channel& other);
     void init_points(const std::vector<Point3D>& points);
@@ -296,4 +309,14 @@ private:
     MeanderCalculator const* _mc;
     iTracer* _tracer;
     double _poly[5];
+
+    struct SectionNodes
+    {
+        // The corners' coordinates, then the grid's origin, mesh and size.
+        static constexpr int KEY_SIZE = 14;
+        double key[KEY_SIZE] = {};
+        bool known = false;
+        std::vector<std::pair<int, int>> nodes;
+    };
+    mutable std::vector<SectionNodes> _section_nodes;
 };

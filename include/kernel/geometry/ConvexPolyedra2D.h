@@ -10,6 +10,14 @@ class ConvexPolyedra2D
 {
 public:
     static constexpr int MAX_VERTICES = 4;
+    // Below this difference of ordinates an edge is horizontal.
+    static constexpr double HORIZONTAL_EDGE_TOLERANCE = 5e-8;
+    // A point this close in ordinate to a horizontal edge lies on it.
+    static constexpr double ON_HORIZONTAL_EDGE_TOLERANCE = 5e-7;
+    // Relative rounding tolerance on the abscissa of a slanted edge.
+    static constexpr double SLANTED_EDGE_RELATIVE_TOLERANCE = 5e-8;
+    // Widening of the box when looking for integer coordinates.
+    static constexpr double INTEGER_SCAN_MARGIN = 1e-6;
 
     ConvexPolyedra2D() = default;
     virtual ~ConvexPolyedra2D() = default;

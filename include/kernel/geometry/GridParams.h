@@ -9,6 +9,8 @@
 
 #include <iosfwd>
 #include <string>
+#include <utility>
+#include <vector>
 
 class GridParams
 {
@@ -62,12 +64,19 @@ public:
     Point2D rel2Grid(const Point2D& rel, bool round) const;
     // (i + x0) * dx: the inverse of rel2Grid only for a zero origin.
     Point2D grid2Rel(const Point2D& grid) const;
-    Point2D grid2Rel(double i, double j) const;
+    // Inline: the channel's imprint asks it at every node of every section.
+    Point2D grid2Rel(double i, double j) const { return Point2D((i + _x0) * _dx, (j + _y0) * _dy); }
     Point2D geo2Grid(const Point2D& geo, bool round) const;
     Point2D grid2Geo(const Point2D& grid) const;
     Point2D grid2Geo(double i, double j) const;
     ConvexPolyedra2D rel2Grid(const ConvexPolyedra2D& rel) const;
     ConvexPolyedra2D grid2Rel(const ConvexPolyedra2D& grid) const;
+    // Nodes (i, j) of this grid covered by the quadrilateral of these corners,
+    // given in turn in the relative frame: the integer points that
+    // find_points_with_integer_coordinates_inside finds in rel2Grid of the
+    // polygon, in the same order, none when the box lies half a cell or more
+    // off the grid. Worked out on the stack: a run asks this of every section.
+    void nodes_in_quad(const Point2D (&corners)[4], std::vector<std::pair<int, int>>& nodes) const;
 
     // Outer corners of the cells around the nodes, counter-clockwise from (x0 - dx/2, y0 - dy/2).
     void getApexRel(Point2D& a, Point2D& b, Point2D& c, Point2D& d) const;

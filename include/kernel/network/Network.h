@@ -295,6 +295,9 @@ private:
     int _moved_depth = 0;
     std::unique_ptr<ChannelGrid> _cg;
     std::vector<ChannelGridPoint> _grid_points;
+    // What the plain (not variable grain) _grid_points were found from; empty
+    // when they must be found again.
+    std::vector<double> _grid_points_inputs;
     EntryPoints _entry_points;
 
     // Margin and width they were computed from.

@@ -8,8 +8,25 @@
 #include <utility>
 #include <vector>
 
+std::size_t ChannelGridCell::count(int idx) const
+{
+    for (std::size_t k = head; k < entries.size(); ++k)
+        if (entries[k].first == idx)
+            return 1;
+    return 0;
+}
+
+ChannelPoint* ChannelGridCell::at(int idx) const
+{
+    for (std::size_t k = head; k < entries.size(); ++k)
+        if (entries[k].first == idx)
+            return entries[k].second;
+    MP_ASSERT_TEXT(false, "cell holds idx");
+    return nullptr;
+}
+
 ChannelGrid::ChannelGrid(double x0, double y0, int nx, int ny, double dx, double dy)
-    : Grid2D<std::map<int, ChannelPoint*>>(dx, dy, nx, ny, x0, y0)
+    : Grid2D<ChannelGridCell>(dx, dy, nx, ny, x0, y0)
 {
 }
 
@@ -23,18 +40,30 @@ void ChannelGrid::clear()
             getObject(i, j).clear();
 }
 
+// Only initialize fills cells, and only those of _cells: emptying these
+// empties the grid without a sweep of every cell at each iteration.
+void ChannelGrid::empty_filled_cells()
+{
+    if (isAllocated())
+        for (const IPos& cell : _cells)
+            getObject(cell.x, cell.y).clear();
+    _cells.clear();
+}
+
 void ChannelGrid::initialize(const Channel& channel)
 {
-    clear();
+    empty_filled_cells();
     int idx = 0;
     for (ChannelPoint* cp = channel.first(); cp != nullptr; cp = cp->next(), ++idx)
     {
         IPos cell;
         cp->get_grid_indices(*this, cell.x, cell.y);
         _cells.push_back(cell);
-        std::map<int, ChannelPoint*>& cpis = getObject(cell.x, cell.y);
-        MP_ASSERT_TEXT(cpis.find(idx) == cpis.end(), "cpis.find(idx) == cpis.end()");
-        cpis[idx] = cp;
+        ChannelGridCell& cpis = getObject(cell.x, cell.y);
+        // Indices come in increasing order: the cell stays sorted.
+        MP_ASSERT_TEXT(cpis.entries.empty() || cpis.entries.back().first < idx,
+                       "cpis.find(idx) == cpis.end()");
+        cpis.entries.emplace_back(idx, cp);
     }
 }
 
@@ -52,14 +81,13 @@ void ChannelGrid::get_intersections(const Channel& channel, std::vector<CutOff>&
     std::vector<std::pair<int, ChannelPoint*>> around;
     for (const IPos& cell : _cells)
     {
-        std::map<int, ChannelPoint*>& cpis = getObject(cell.x, cell.y);
-        cpis.erase(cpis.begin(), cpis.lower_bound(cur_idx));
-        while (!cpis.empty() && cpis.begin()->first <= cur_idx)
+        ChannelGridCell& cpis = getObject(cell.x, cell.y);
+        cpis.drop_before(cur_idx);
+        while (!cpis.empty() && cpis.entries[cpis.head].first <= cur_idx)
         {
-            auto itcg = cpis.begin();
-            MP_ASSERT_TEXT(itcg->first == cur_idx, "itcg->begin()->first == cur_idx");
-            ChannelPoint* p = itcg->second;
-            cpis.erase(itcg);
+            MP_ASSERT_TEXT(cpis.entries[cpis.head].first == cur_idx, "itcg->begin()->first == cur_idx");
+            ChannelPoint* p = cpis.entries[cpis.head].second;
+            ++cpis.head;
 
             // The entries of the nine cells, farthest along the chain first; a
             // key met twice keeps its first entry, as a map insertion would.
@@ -67,8 +95,10 @@ void ChannelGrid::get_intersections(const Channel& channel, std::vector<CutOff>&
             for (int j = std::max(cell.y - 1, 0); j <= std::min(cell.y + 1, _ny - 1); ++j)
                 for (int i = std::max(cell.x - 1, 0); i <= std::min(cell.x + 1, _nx - 1); ++i)
                 {
-                    const std::map<int, ChannelPoint*>& other = getObject(i, j);
-                    around.insert(around.end(), other.begin(), other.end());
+                    const ChannelGridCell& other = getObject(i, j);
+                    around.insert(around.end(),
+                                  other.entries.begin() + static_cast<std::ptrdiff_t>(other.head),
+                                  other.entries.end());
                 }
             // A few entries: a stable insertion sort, which allocates nothing.
             for (std::size_t k = 1; k < around.size(); ++k)
@@ -90,7 +120,7 @@ void ChannelGrid::get_intersections(const Channel& channel, std::vector<CutOff>&
             }
             if (!found)
                 ++cur_idx;
-            cpis.erase(cpis.begin(), cpis.lower_bound(cur_idx));
+            cpis.drop_before(cur_idx);
         }
     }
 }
@@ -99,9 +129,17 @@ int ChannelGrid::count() const
 {
     if (!isAllocated())
         return 0;
+    // No other cell than the filled ones holds entries; each is counted once.
+    // After a search nearly all are empty, so the list of those counted stays short.
+    std::vector<const ChannelGridCell*> counted;
     std::size_t n = 0;
-    for (int j = 0; j < _ny; ++j)
-        for (int i = 0; i < _nx; ++i)
-            n += getObject(i, j).size();
+    for (const IPos& cell : _cells)
+    {
+        const ChannelGridCell& entries = getObject(cell.x, cell.y);
+        if (entries.empty() || std::find(counted.begin(), counted.end(), &entries) != counted.end())
+            continue;
+        counted.push_back(&entries);
+        n += entries.size();
+    }
     return static_cast<int>(n);
 }

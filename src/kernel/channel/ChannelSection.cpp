@@ -11,13 +11,14 @@
 #include "kernel/common/FaciesFamilies.h"
 #include "kernel/domain/DepositionSet.h"
 #include "kernel/domain/Domain.h"
-#include "kernel/geometry/ConvexPolyedra2D.h"
 #include "kernel/geometry/Grid2D.h"
 #include "kernel/geometry/GridParams.h"
 #include "kernel/parameters/MeanderCalculator.h"
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <cstring>
 
 namespace
 {
@@ -103,11 +104,55 @@ double fraction_between_normals(const Point2D& p, const ChannelPoint* a, const C
     return Channel::norm_proj(p, *a, *b);
 }
 
+// fraction_between_normals along one segment, with what depends on the
+// segment alone worked out once: the same operations in the same order.
+class SegmentFraction
+{
+public:
+    SegmentFraction(const ChannelPoint* a, const ChannelPoint* b)
+        : _a(a), _b(b), _chord(*a, *b), _chord2(_chord.scalar(_chord)),
+          _a_normal(_chord2 > MP_EPSILON && a->normal().scalar(a->normal()) > MP_EPSILON),
+          _b_normal(b->normal().scalar(b->normal()) > MP_EPSILON), _d1(a->normal().vectorial(_chord)),
+          _d2(b->normal().vectorial(_chord))
+    {
+    }
+
+    double at(const Point2D& p) const
+    {
+        if (_a_normal && _d1 != 0.)
+        {
+            const Point2D& a = *_a;
+            const double l1 = _a->normal().vectorial(a - p) / _d1;
+            if (_b_normal && _d2 != 0.)
+            {
+                const Point2D& b = *_b;
+                const double l2 = _b->normal().vectorial(b - p) / _d2;
+                if (l1 != l2)
+                    return std::fabs(l1) / std::fabs(l1 - l2);
+            }
+            const double denominator = _a->distance2D(p) / _b->ds();
+            if (denominator > 0.)
+                return std::fabs(l1) * std::sqrt(_chord2) / denominator;
+        }
+        return Channel::norm_proj(p, *_a, *_b);
+    }
+
+private:
+    const ChannelPoint* _a;
+    const ChannelPoint* _b;
+    Vector2D _chord;
+    double _chord2;
+    bool _a_normal;
+    bool _b_normal;
+    double _d1; // the normals' cross products with the chord
+    double _d2;
+};
+
 // What a section needs at each of its nodes, computed once per section.
 struct SectionFrame
 {
     SectionFrame(const ChannelPoint* first, const ChannelPoint* second)
-        : cp1(first), cp2(second), across(*first, *second)
+        : cp1(first), cp2(second), across(*first, *second), fraction(first, second)
     {
         across.normalize();
         across.rotate_half_pi();
@@ -115,16 +160,22 @@ struct SectionFrame
     const ChannelPoint* cp1;
     const ChannelPoint* cp2;
     Vector2D across;
+    SegmentFraction fraction;
 };
 
-// Elevation of the section's bed at p: the interpolated top minus the
-// parabola of the interpolated mean depth.
-double section_elevation(const SectionFrame& frame, const Point2D& p, double width, double& depth)
+// Elevation of the section's bed at p, whose clamped fraction along the
+// segment is t: the interpolated top minus the parabola of the interpolated
+// mean depth.
+double section_elevation_at(const SectionFrame& frame, const Point2D& p, double t, double width,
+                            double& depth)
 {
     const ChannelPoint* cp1 = frame.cp1;
     const ChannelPoint* cp2 = frame.cp2;
-    const double t = clamp01(fraction_between_normals(p, cp1, cp2));
-    const Point2D q = *cp1 * (1. - t) + *cp2 * t;
+    // *cp1 * (1 - t) + *cp2 * t in the plane, without the elevations' share of it.
+    const Point2D& a = *cp1;
+    const Point2D& b = *cp2;
+    const double u = 1. - t;
+    const Point2D q(a.get_abscissa() * u + b.get_abscissa() * t, a.get_ordinate() * u + b.get_ordinate() * t);
     MP_ASSERT_TEXT(cp1->getHmean() > 0. && cp2->getHmean() > 0.,
                    "cp1->getHmean() > 0. && cp2->getHmean() > 0.");
     const double h = mix(cp1->getHmean(), cp2->getHmean(), t);
@@ -133,6 +184,12 @@ double section_elevation(const SectionFrame& frame, const Point2D& p, double wid
     MP_ASSERT_TEXT(!std::isnan(d), "!std::isnan(d)");
     depth = d;
     return mix(cp1->get_elevation(), cp2->get_elevation(), t) - d;
+}
+
+// The same, the fraction worked out here.
+double section_elevation(const SectionFrame& frame, const Point2D& p, double width, double& depth)
+{
+    return section_elevation_at(frame, p, clamp01(frame.fraction.at(p)), width, depth);
 }
 } // namespace
 
@@ -253,32 +310,71 @@ double Channel::cross_section_elevation(const Domain* domain, int ix, int iy, co
 
 // ---------------------------------------------------------------- grid nodes
 
+namespace
+{
+bool same_bits(const double* a, const double* b, std::size_t n)
+{
+    for (std::size_t k = 0; k < n; ++k)
+    {
+        std::uint64_t x;
+        std::uint64_t y;
+        std::memcpy(&x, &a[k], sizeof x);
+        std::memcpy(&y, &b[k], sizeof y);
+        if (x != y)
+            return false;
+    }
+    return true;
+}
+
+void section_corners(const ChannelPoint* cp1, const ChannelPoint* cp2, double half_width,
+                     Point2D (&corners)[4])
+{
+    corners[0] = *cp1 + cp1->normal() * half_width;
+    corners[1] = *cp2 + cp2->normal() * half_width;
+    corners[2] = *cp2 - cp2->normal() * half_width;
+    corners[3] = *cp1 - cp1->normal() * half_width;
+}
+} // namespace
+
 void Channel::find_grid_points_for_section(const ChannelPoint* cp1, const ChannelPoint* cp2,
                                            const GridParams& geom,
                                            std::vector<std::pair<int, int>>& cells) const
 {
-    cells.clear();
-    ConvexPolyedra2D section;
-    section.add_vertex(*cp1 + cp1->normal() * _half_width);
-    section.add_vertex(*cp2 + cp2->normal() * _half_width);
-    section.add_vertex(*cp2 - cp2->normal() * _half_width);
-    section.add_vertex(*cp1 - cp1->normal() * _half_width);
-    const ConvexPolyedra2D grid = geom.rel2Grid(section);
-    const int nx = geom.getNx();
-    const int ny = geom.getNy();
-    if (grid.get_max().get_abscissa() < -0.5 || grid.get_max().get_ordinate() < -0.5 ||
-        grid.get_min().get_abscissa() > nx + 0.5 || grid.get_min().get_ordinate() > ny + 0.5)
-        return;
-    // Kept between calls: a run looks up nodes for every section of every iteration.
-    static thread_local std::vector<Point2D> nodes;
-    grid.find_points_with_integer_coordinates_inside(nodes);
-    for (const Point2D& node : nodes)
-    {
-        const double x = node.get_abscissa();
-        const double y = node.get_ordinate();
-        if (x >= 0. && x < nx && y >= 0. && y < ny)
-            cells.emplace_back(static_cast<int>(x), static_cast<int>(y));
-    }
+    Point2D corners[4];
+    section_corners(cp1, cp2, _half_width, corners);
+    geom.nodes_in_quad(corners, cells);
+}
+
+const std::vector<std::pair<int, int>>& Channel::section_nodes(std::size_t k, const ChannelPoint* cp1,
+                                                               const ChannelPoint* cp2,
+                                                               const GridParams& geom) const
+{
+    if (_section_nodes.size() <= k)
+        _section_nodes.resize(k + 1);
+    SectionNodes& entry = _section_nodes[k];
+    Point2D corners[4];
+    section_corners(cp1, cp2, _half_width, corners);
+    const double key[SectionNodes::KEY_SIZE] = {corners[0].get_abscissa(),
+                                                corners[0].get_ordinate(),
+                                                corners[1].get_abscissa(),
+                                                corners[1].get_ordinate(),
+                                                corners[2].get_abscissa(),
+                                                corners[2].get_ordinate(),
+                                                corners[3].get_abscissa(),
+                                                corners[3].get_ordinate(),
+                                                geom.getX0(),
+                                                geom.getY0(),
+                                                geom.getDx(),
+                                                geom.getDy(),
+                                                static_cast<double>(geom.getNx()),
+                                                static_cast<double>(geom.getNy())};
+    // Bit for bit: the nodes depend on nothing else.
+    if (entry.known && same_bits(entry.key, key, SectionNodes::KEY_SIZE))
+        return entry.nodes;
+    geom.nodes_in_quad(corners, entry.nodes);
+    std::memcpy(entry.key, key, sizeof key);
+    entry.known = true;
+    return entry.nodes;
 }
 
 void Channel::find_grid_points(const GridParams& geom, std::vector<ChannelGridPoint>& out) const
@@ -289,6 +385,20 @@ void Channel::find_grid_points(const GridParams& geom, std::vector<ChannelGridPo
 void Channel::find_grid_points_new(const GridParams& geom, std::vector<ChannelGridPoint>& out) const
 {
     collect_grid_points(geom, out, true);
+}
+
+void Channel::grid_points_inputs(const GridParams& geom, std::vector<double>& out) const
+{
+    out.clear();
+    // The grid points' flows are built with the calculator.
+    double calculator = 0.;
+    static_assert(sizeof(_mc) <= sizeof(calculator), "a pointer fits in a double's bits");
+    std::memcpy(&calculator, &_mc, sizeof(_mc));
+    out.insert(out.end(), {calculator, _half_width, geom.getX0(), geom.getY0(), geom.getDx(), geom.getDy(),
+                           static_cast<double>(geom.getNx()), static_cast<double>(geom.getNy())});
+    for (const ChannelPoint* cp = _first; cp != nullptr; cp = cp->next())
+        out.insert(out.end(), {cp->getX(), cp->getY(), cp->normal().get_abscissa(),
+                               cp->normal().get_ordinate(), cp->ds(), cp->get_elevation()});
 }
 
 // The nodes under each section with the channel's elevation there; `full`
@@ -305,18 +415,18 @@ void Channel::collect_grid_points(const GridParams& geom, std::vector<ChannelGri
         out.clear();
         return;
     }
-    std::vector<std::pair<int, int>> cells;
-    for (const ChannelPoint* cp = _first->next(); cp != nullptr; cp = cp->next())
+    std::size_t k = 0;
+    for (const ChannelPoint* cp = _first->next(); cp != nullptr; cp = cp->next(), ++k)
     {
         const ChannelPoint* prev = cp->prev();
-        find_grid_points_for_section(prev, cp, geom, cells);
-        for (const auto& cell : cells)
+        const SegmentFraction fraction(prev, cp);
+        for (const auto& cell : section_nodes(k, prev, cp, geom))
         {
             const Point2D position =
                 Point2D(cell.first * geom.getDx(), cell.second * geom.getDy()) + geom.getOrigin();
             // One fraction along the segment serves every field (the *_at_point helpers
             // would each compute it again).
-            const double t = clamp01(norm_proj_new(position, prev, cp));
+            const double t = clamp01(fraction.at(position));
             const double z = mix(prev->get_elevation(), cp->get_elevation(), t);
             // Built in place: a grid point carries a whole flow.
             ChannelGridPoint& point = count < out.size() ? out[count] : out.emplace_back(_mc);
@@ -367,13 +477,10 @@ void Channel::section_vertices_2D(std::vector<double>& out) const
 
 void Channel::update_section(Domain* domain, MassBalance* mb, const ChannelPoint* cp1,
                              const ChannelPoint* cp2, unsigned int age, Facies facies, bool erode,
-                             double limit)
+                             double limit, const std::vector<std::pair<int, int>>& cells)
 {
     const bool ghost = facies == facies_of(HemipelagicPlug::_fd, PLUG_CLASS);
     const SectionFrame frame(cp1, cp2);
-    // Kept between calls: every section of every iteration comes here.
-    static thread_local std::vector<std::pair<int, int>> cells;
-    find_grid_points_for_section(cp1, cp2, *domain, cells);
     for (const auto& cell : cells)
     {
         double d;
@@ -414,7 +521,8 @@ void Channel::update_section(Domain* domain, MassBalance* mb, const ChannelPoint
 }
 
 void Channel::update_section_new(Domain* domain, MassBalance* mb, const ChannelPoint* cp1,
-                                 const ChannelPoint* cp2, unsigned int age, Facies facies, bool erode)
+                                 const ChannelPoint* cp2, unsigned int age, Facies facies, bool erode,
+                                 const std::vector<std::pair<int, int>>& cells)
 {
     const iParameters* params = _mc->parameters();
     const bool optim = params->usingVarPBGrainOptim();
@@ -425,22 +533,24 @@ void Channel::update_section_new(Domain* domain, MassBalance* mb, const ChannelP
     const bool point_bar = facies == facies_of(PointBar::_fd, POINT_BAR_CLASS);
     const bool lag = facies == facies_of(ChannelLag::_fd, CHANNEL_LAG_CLASS);
 
-    std::vector<std::pair<int, int>> cells;
     std::vector<double> grains;
     std::vector<double> heights;
     std::vector<double> profile_grains;
     std::vector<double> profile_heights;
     const SectionFrame frame(cp1, cp2);
     Flow flow(_mc);
-    find_grid_points_for_section(cp1, cp2, *domain, cells);
     for (const auto& cell : cells)
     {
         const int ix = cell.first;
         const int iy = cell.second;
         const Point2D p = domain->grid2Rel(ix, iy);
+        // One fraction along the segment for every field (the *_at_point helpers
+        // would each compute it again).
+        const double t = clamp01(frame.fraction.at(p));
         double d;
-        double e = section_elevation(frame, p, width(), d);
-        const double bed = get_bed_elevation_at_point(p, cp1, cp2);
+        double e = section_elevation_at(frame, p, t, width(), d);
+        const double bed = mix(cp1->get_elevation(), cp2->get_elevation(), t) -
+                           mix(cp1->getFlowHmax(), cp2->getFlowHmax(), t);
         DepositionSet& stack = domain->getObject(ix, iy);
         double top = stack.get_topo_rel(false);
         const double hflow = e + d - bed;
@@ -480,7 +590,6 @@ void Channel::update_section_new(Domain* domain, MassBalance* mb, const ChannelP
             continue;
 
         // get_flow_at_point, into the storage of the section's one flow.
-        const double t = clamp01(norm_proj_new(p, cp1, cp2));
         flow.assign_weighted_sum(cp1->flow(), 1. - t, cp2->flow(), t);
         const double a = top - bed;
         const double b = e - bed;
@@ -488,8 +597,10 @@ void Channel::update_section_new(Domain* domain, MassBalance* mb, const ChannelP
             get_grainsize_profile_proxy(flow, a, b, profile_grains, profile_heights);
         else
         {
-            const int side = point_at_outer_side(p, cp1, cp2);
-            const double curvature = get_curvature_at_point(p, cp1, cp2);
+            // point_at_outer_side and get_curvature_at_point.
+            const double curvature = mix(cp1->getC(), cp2->getC(), t);
+            const double s = static_cast<double>(get_side(*cp1, *cp2, p));
+            const int side = s * curvature < 0. ? 1 : (s * curvature > 0. ? -1 : 0);
             if (optim)
                 get_grainsize_profile_optim(flow, curvature, side, a, b, hflow, profile_grains,
                                             profile_heights);
@@ -524,12 +635,14 @@ void Channel::make_point_bar(Domain* domain, MassBalance* mb, unsigned int age, 
         return;
     const Facies facies = facies_of(PointBar::_fd, POINT_BAR_CLASS);
     const bool variable = _mc->parameters()->usingVariablePBGrainsize();
-    for (ChannelPoint* cp = _first->next(); cp != nullptr; cp = cp->next())
+    std::size_t k = 0;
+    for (ChannelPoint* cp = _first->next(); cp != nullptr; cp = cp->next(), ++k)
     {
+        const auto& cells = section_nodes(k, cp->prev(), cp, *domain);
         if (variable)
-            update_section_new(domain, mb, cp->prev(), cp, age, facies, erode);
+            update_section_new(domain, mb, cp->prev(), cp, age, facies, erode, cells);
         else
-            update_section(domain, mb, cp->prev(), cp, age, facies, erode, 0.1);
+            update_section(domain, mb, cp->prev(), cp, age, facies, erode, 0.1, cells);
     }
 }
 
@@ -539,12 +652,14 @@ void Channel::make_channel_lag(Domain* domain, MassBalance* mb, unsigned int age
         return;
     const Facies facies = facies_of(ChannelLag::_fd, CHANNEL_LAG_CLASS);
     const bool variable = _mc->parameters()->usingVariablePBGrainsize();
-    for (ChannelPoint* cp = _first->next(); cp != nullptr; cp = cp->next())
+    std::size_t k = 0;
+    for (ChannelPoint* cp = _first->next(); cp != nullptr; cp = cp->next(), ++k)
     {
+        const auto& cells = section_nodes(k, cp->prev(), cp, *domain);
         if (variable)
-            update_section_new(domain, mb, cp->prev(), cp, age, facies, true);
+            update_section_new(domain, mb, cp->prev(), cp, age, facies, true, cells);
         else
-            update_section(domain, mb, cp->prev(), cp, age, facies, true, 0.1);
+            update_section(domain, mb, cp->prev(), cp, age, facies, true, 0.1, cells);
     }
 }
 
@@ -553,8 +668,10 @@ void Channel::make_ghost_migration(Domain* domain, MassBalance* mb, unsigned int
     if (_first == nullptr)
         return;
     const Facies facies = facies_of(HemipelagicPlug::_fd, PLUG_CLASS);
-    for (ChannelPoint* cp = _first->next(); cp != nullptr; cp = cp->next())
-        update_section(domain, mb, cp->prev(), cp, age, facies, false, thickness);
+    std::size_t k = 0;
+    for (ChannelPoint* cp = _first->next(); cp != nullptr; cp = cp->next(), ++k)
+        update_section(domain, mb, cp->prev(), cp, age, facies, false, thickness,
+                       section_nodes(k, cp->prev(), cp, *domain));
 }
 
 // ---------------------------------------------------------------- filling

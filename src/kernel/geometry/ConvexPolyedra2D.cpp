@@ -7,14 +7,10 @@
 
 namespace
 {
-// Below this difference of ordinates an edge is horizontal.
-constexpr double HORIZONTAL_EDGE_TOLERANCE = 5e-8;
-// A point this close in ordinate to a horizontal edge lies on it.
-constexpr double ON_HORIZONTAL_EDGE_TOLERANCE = 5e-7;
-// Relative rounding tolerance on the abscissa of a slanted edge.
-constexpr double SLANTED_EDGE_RELATIVE_TOLERANCE = 5e-8;
-// Widening of the box when looking for integer coordinates.
-constexpr double INTEGER_SCAN_MARGIN = 1e-6;
+constexpr double HORIZONTAL_EDGE_TOLERANCE = ConvexPolyedra2D::HORIZONTAL_EDGE_TOLERANCE;
+constexpr double ON_HORIZONTAL_EDGE_TOLERANCE = ConvexPolyedra2D::ON_HORIZONTAL_EDGE_TOLERANCE;
+constexpr double SLANTED_EDGE_RELATIVE_TOLERANCE = ConvexPolyedra2D::SLANTED_EDGE_RELATIVE_TOLERANCE;
+constexpr double INTEGER_SCAN_MARGIN = ConvexPolyedra2D::INTEGER_SCAN_MARGIN;
 } // namespace
 
 void ConvexPolyedra2D::clear()

@@ -3,11 +3,162 @@
 #include "kernel/common/BinaryDump.h"
 #include "kernel/common/Constants.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <iomanip>
+#include <limits>
 #include <ostream>
 #include <sstream>
+
+namespace
+{
+// Beyond this size in grid units a quadrilateral goes through the general polygon.
+constexpr double QUAD_FAST_LIMIT = 1e6;
+// Bound on an edge's rounding tolerance under which a row's nodes lie at or
+// past ceil(leftmost crossing - ROW_TOLERANCE_BOUND).
+constexpr double ROW_TOLERANCE_BOUND = 0.25;
+
+// std::round, half away from zero, of a finite value well below 2^52, without a library call.
+double round_half_away(double v)
+{
+    const double t = static_cast<double>(static_cast<long long>(v));
+    const double fraction = v - t; // exact
+    double r = t;
+    if (fraction >= 0.5)
+        r = t + 1.;
+    else if (fraction <= -0.5)
+        r = t - 1.;
+    return std::copysign(r, v);
+}
+
+void keep_on_grid(const std::vector<Point2D>& points, int nx, int ny, std::vector<std::pair<int, int>>& nodes)
+{
+    for (const Point2D& node : points)
+    {
+        const double x = node.get_abscissa();
+        const double y = node.get_ordinate();
+        if (x >= 0. && x < nx && y >= 0. && y < ny)
+            nodes.emplace_back(static_cast<int>(x), static_cast<int>(y));
+    }
+}
+
+// The scan of find_points_with_integer_coordinates_inside over a quadrilateral
+// with rounded (integer) vertices vx, vy and unrounded box, limited to the
+// rows and columns of an nx by ny grid: the same tests in the same order.
+// A closed polygon crosses a row an even number of times, so a node is inside
+// only at or past the leftmost crossing; near an edge it is within the
+// edge's tolerance of it. Columns before leftmost - ROW_TOLERANCE_BOUND are
+// skipped when every tolerance of the row is below that bound.
+void scan_quad(const double (&vx)[4], const double (&vy)[4], double min_x, double min_y, double max_x,
+               double max_y, int nx, int ny, std::vector<std::pair<int, int>>& nodes)
+{
+    constexpr double HORIZONTAL = ConvexPolyedra2D::HORIZONTAL_EDGE_TOLERANCE;
+    constexpr double ON_HORIZONTAL = ConvexPolyedra2D::ON_HORIZONTAL_EDGE_TOLERANCE;
+    constexpr double SLANTED = ConvexPolyedra2D::SLANTED_EDGE_RELATIVE_TOLERANCE;
+    constexpr double MARGIN = ConvexPolyedra2D::INTEGER_SCAN_MARGIN;
+    struct Edge
+    {
+        double x1, y1, x2, y2, slope;
+        bool horizontal;
+    };
+    Edge edges[4];
+    for (int k = 0; k < 4; ++k)
+    {
+        Edge& e = edges[k];
+        e.x1 = vx[k];
+        e.y1 = vy[k];
+        e.x2 = vx[(k + 1) & 3];
+        e.y2 = vy[(k + 1) & 3];
+        e.horizontal = std::fabs(e.y2 - e.y1) <= HORIZONTAL;
+        e.slope = e.horizontal ? 0. : (e.x2 - e.x1) / (e.y2 - e.y1);
+    }
+    struct RowEdge
+    {
+        bool horizontal;
+        bool crosses;
+        double lo, hi;
+        double x_edge, ax1, bsl;
+    };
+    RowEdge row[4];
+
+    const double x_end = max_x + MARGIN;
+    const double y_end = max_y + MARGIN;
+    const double x_start = std::floor(min_x - MARGIN);
+    const double x_stop = std::min(x_end, static_cast<double>(nx));
+    const double reach = std::max(std::fabs(x_start), std::fabs(x_end)) + 1.;
+    const double y_stop = std::min(y_end, static_cast<double>(ny));
+    for (double y = std::max(std::floor(min_y - MARGIN), 0.); y < y_stop; y += 1.)
+    {
+        int active = 0;
+        double leftmost = std::numeric_limits<double>::infinity();
+        bool bounded = true;
+        for (const Edge& e : edges)
+        {
+            if (e.horizontal)
+            {
+                if (std::fabs(y - e.y1) <= ON_HORIZONTAL)
+                {
+                    row[active++] =
+                        RowEdge{true, false, std::min(e.x1, e.x2), std::max(e.x1, e.x2), 0., 0., 0.};
+                    leftmost = std::min(leftmost, std::min(e.x1, e.x2));
+                }
+                continue;
+            }
+            if (y < std::min(e.y1, e.y2) || y > std::max(e.y1, e.y2))
+                continue;
+            const double x_edge = e.x1 + (y - e.y1) * e.slope;
+            const RowEdge r{false,
+                            (e.y1 > y) != (e.y2 > y),
+                            0.,
+                            0.,
+                            x_edge,
+                            std::fabs(e.x1),
+                            (std::fabs(e.y1) + std::fabs(y)) * std::fabs(e.slope)};
+            row[active++] = r;
+            leftmost = std::min(leftmost, x_edge);
+            if (SLANTED * (r.ax1 + reach + r.bsl) >= ROW_TOLERANCE_BOUND)
+                bounded = false;
+        }
+        if (active == 0)
+            continue;
+        auto included = [&](double x)
+        {
+            bool inside = false;
+            for (int k = 0; k < active; ++k)
+            {
+                const RowEdge& r = row[k];
+                if (r.horizontal)
+                {
+                    if (x >= r.lo && x <= r.hi)
+                        return true;
+                    continue;
+                }
+                const double tolerance = SLANTED * (r.ax1 + std::fabs(x) + r.bsl);
+                if (std::fabs(x - r.x_edge) < tolerance)
+                    return true;
+                if (r.crosses && r.x_edge > x)
+                    inside = !inside;
+            }
+            return inside;
+        };
+        // The quadrilateral's nodes in a row are contiguous: the first gap ends the row.
+        bool found_in_row = false;
+        const double first = bounded ? std::max(x_start, std::ceil(leftmost - ROW_TOLERANCE_BOUND)) : x_start;
+        for (double x = first; x < x_stop; x += 1.)
+        {
+            if (included(x))
+            {
+                if (x >= 0.)
+                    nodes.emplace_back(static_cast<int>(x), static_cast<int>(y));
+                found_in_row = true;
+            }
+            else if (found_in_row)
+                break;
+        }
+    }
+}
+} // namespace
 
 GridParams::GridParams(double dx, double dy, int nx, int ny, double x0, double y0)
     : _dx(dx), _dy(dy), _nx(nx), _ny(ny), _nz(1), _x0(x0), _y0(y0)
@@ -92,11 +243,6 @@ Point2D GridParams::grid2Rel(const Point2D& grid) const
     return p;
 }
 
-Point2D GridParams::grid2Rel(double i, double j) const
-{
-    return grid2Rel(Point2D(i, j));
-}
-
 Point2D GridParams::geo2Grid(const Point2D& geo, bool round) const
 {
     return rel2Grid(geo2Rel(geo), round);
@@ -124,6 +270,64 @@ ConvexPolyedra2D GridParams::grid2Rel(const ConvexPolyedra2D& grid) const
     ConvexPolyedra2D poly(grid);
     poly.transform(Point2D(_x0, _y0), Point2D(_dx, _dy));
     return poly;
+}
+
+void GridParams::nodes_in_quad(const Point2D (&corners)[4], std::vector<std::pair<int, int>>& nodes) const
+{
+    nodes.clear();
+    // The box as ConvexPolyedra2D keeps it, then moved to the grid frame unrounded.
+    double min_x = corners[0].get_abscissa();
+    double min_y = corners[0].get_ordinate();
+    double max_x = min_x;
+    double max_y = min_y;
+    for (int k = 1; k < 4; ++k)
+    {
+        min_x = std::min(min_x, corners[k].get_abscissa());
+        min_y = std::min(min_y, corners[k].get_ordinate());
+        max_x = std::max(max_x, corners[k].get_abscissa());
+        max_y = std::max(max_y, corners[k].get_ordinate());
+    }
+    const double shift_x = -_x0;
+    const double shift_y = -_y0;
+    const double scale_x = 1. / _dx;
+    const double scale_y = 1. / _dy;
+    min_x = (min_x + shift_x) * scale_x;
+    min_y = (min_y + shift_y) * scale_y;
+    max_x = (max_x + shift_x) * scale_x;
+    max_y = (max_y + shift_y) * scale_y;
+    if (max_x < -0.5 || max_y < -0.5 || min_x > _nx + 0.5 || min_y > _ny + 0.5)
+        return;
+    double gx[4];
+    double gy[4];
+    bool moderate = true;
+    for (int k = 0; k < 4; ++k)
+    {
+        gx[k] = (corners[k].get_abscissa() + shift_x) * scale_x;
+        gy[k] = (corners[k].get_ordinate() + shift_y) * scale_y;
+        moderate = moderate && std::fabs(gx[k]) < QUAD_FAST_LIMIT && std::fabs(gy[k]) < QUAD_FAST_LIMIT;
+    }
+    if (!moderate)
+    {
+        ConvexPolyedra2D quad;
+        for (const Point2D& corner : corners)
+            quad.add_vertex(corner);
+        static thread_local std::vector<Point2D> points;
+        rel2Grid(quad).find_points_with_integer_coordinates_inside(points);
+        keep_on_grid(points, _nx, _ny, nodes);
+        return;
+    }
+    constexpr double MARGIN = ConvexPolyedra2D::INTEGER_SCAN_MARGIN;
+    if (std::floor(max_x + MARGIN) < std::floor(min_x) + 1 ||
+        std::floor(max_y + MARGIN) < std::floor(min_y) + 1)
+        return;
+    double vx[4];
+    double vy[4];
+    for (int k = 0; k < 4; ++k)
+    {
+        vx[k] = round_half_away(gx[k]);
+        vy[k] = round_half_away(gy[k]);
+    }
+    scan_quad(vx, vy, min_x, min_y, max_x, max_y, _nx, _ny, nodes);
 }
 
 void GridParams::getApexRel(Point2D& a, Point2D& b, Point2D& c, Point2D& d) const

@@ -13,6 +13,7 @@
 #include "kernel/parameters/MeanderCalculator.h"
 
 #include <cmath>
+#include <cstring>
 #include <new>
 #include <sstream>
 
@@ -101,6 +102,7 @@ void Network::clear()
     _cg.reset();
     _amap.reset();
     _grid_points.clear();
+    _grid_points_inputs.clear();
     _entry_points.clear();
     _iteration = 0;
     _margin = -1.;
@@ -127,6 +129,7 @@ void Network::resetFrom(const Network& other)
         _ch = new Channel(_mc, *other._ch, true);
     _erode = other._erode;
     _grid_points = other._grid_points;
+    _grid_points_inputs.clear();
     _margin = other._margin;
     _margin_width = other._margin_width;
     _scaled_params = other._scaled_params;
@@ -330,6 +333,7 @@ void Network::clear_channel(AddPlug plug)
     }
     delete_channel();
     _grid_points.clear();
+    _grid_points_inputs.clear();
 }
 
 void Network::init_geom_and_flow(double hmax, double width, double wavelength, double slope)
@@ -751,12 +755,24 @@ void Network::fill_grid_points(std::vector<ChannelGridPoint>& out) const
 
 void Network::collect_wet_cells()
 {
-    if (_ch == nullptr)
+    if (_ch == nullptr || _domain == nullptr || _params->usingVariablePBGrainsize())
     {
-        _grid_points.clear();
+        _grid_points_inputs.clear();
+        if (_ch == nullptr)
+            _grid_points.clear();
+        else
+            fill_grid_points(_grid_points);
         return;
     }
+    // A migration starts from where the last one left the channel: unless a
+    // drape or a flood has moved it since, its cells are those found then.
+    static thread_local std::vector<double> inputs;
+    _ch->grid_points_inputs(*_domain, inputs);
+    if (!_grid_points_inputs.empty() && inputs.size() == _grid_points_inputs.size() &&
+        std::memcmp(inputs.data(), _grid_points_inputs.data(), inputs.size() * sizeof(double)) == 0)
+        return;
     fill_grid_points(_grid_points);
+    _grid_points_inputs.swap(inputs);
 }
 
 void Network::update_domain()

@@ -21,6 +21,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <memory>
 #include <set>
 #include <string>
@@ -194,6 +195,49 @@ TEST_F(SectionTest, NodesOfASectionAndTheirElevation)
     channel->put_route_on_grid(route);
     EXPECT_EQ(route.getObject(4, 5).first, channel->get_point(1));
     EXPECT_EQ(route.getObject(2, 5).first, channel->get_point(0));
+
+    // The nodes kept from one call to the next are found again when a point
+    // moves, an elevation changes or the grid changes: the same points as a
+    // fresh copy of the channel gives. The record of what they are found from
+    // follows every such change.
+    const auto same_points = [&](const Domain& grid)
+    {
+        std::vector<ChannelGridPoint> kept;
+        std::vector<ChannelGridPoint> fresh;
+        channel->find_grid_points(grid, kept);
+        Channel(&mc, *channel, true).find_grid_points(grid, fresh);
+        ASSERT_EQ(kept.size(), fresh.size());
+        for (std::size_t k = 0; k < kept.size(); ++k)
+        {
+            EXPECT_EQ(kept[k].ix, fresh[k].ix);
+            EXPECT_EQ(kept[k].iy, fresh[k].iy);
+            EXPECT_EQ(kept[k].z, fresh[k].z);
+        }
+    };
+    std::vector<double> record;
+    std::vector<double> changed;
+    channel->grid_points_inputs(*domain, record);
+    channel->grid_points_inputs(*domain, changed);
+    EXPECT_EQ(record, changed);
+    auto smaller = make_domain(4, 6, 10.);
+    const std::function<void()> changes[] = {
+        [&] { b->reset(b->getX() + 7., b->getY() + 4., b->get_elevation()); },
+        [&] { a->set_elevation(TOP + 1.); }, [] {}};
+    for (const auto& change : changes)
+    {
+        same_points(*domain);
+        change();
+        channel->grid_points_inputs(*domain, changed);
+        if (&change != &changes[2])
+        {
+            EXPECT_NE(record, changed);
+        }
+        record = changed;
+        same_points(*domain);
+        same_points(*smaller);
+        channel->grid_points_inputs(*smaller, changed);
+        EXPECT_NE(record, changed);
+    }
 
     a->hmean(0.);
     double depth;

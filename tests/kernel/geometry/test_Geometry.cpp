@@ -330,6 +330,103 @@ GridParams rotated_grid(double x0, double y0)
 
 } // namespace
 
+namespace
+{
+
+// The nodes of a section as the general polygon gives them: the reference for nodes_in_quad.
+std::vector<std::pair<int, int>> polygon_nodes(const GridParams& g, const Point2D (&corners)[4])
+{
+    std::vector<std::pair<int, int>> nodes;
+    ConvexPolyedra2D quad;
+    for (const Point2D& c : corners)
+        quad.add_vertex(c);
+    const ConvexPolyedra2D grid = g.rel2Grid(quad);
+    if (grid.get_max().get_abscissa() < -0.5 || grid.get_max().get_ordinate() < -0.5 ||
+        grid.get_min().get_abscissa() > g.getNx() + 0.5 || grid.get_min().get_ordinate() > g.getNy() + 0.5)
+        return nodes;
+    std::vector<Point2D> points;
+    grid.find_points_with_integer_coordinates_inside(points);
+    for (const Point2D& p : points)
+        if (p.get_abscissa() >= 0. && p.get_abscissa() < g.getNx() && p.get_ordinate() >= 0. &&
+            p.get_ordinate() < g.getNy())
+            nodes.emplace_back(int(p.get_abscissa()), int(p.get_ordinate()));
+    return nodes;
+}
+
+} // namespace
+
+// Sections drawn at random over grids of several meshes and origins, many of
+// them degenerate (no width, one end, crossed, on the nodes, on rounding ties,
+// nearly flat, astride the grid's border, far away or not finite): the quick
+// rasterization gives the polygon's nodes, in its order.
+TEST(GridParams, NodesInQuadAreThoseOfThePolygon)
+{
+    const GridParams grids[] = {GridParams(10., 10., 251, 201), GridParams(3., 7., 20, 15, -7.3, 2.9),
+                                GridParams(1., 1., 8, 8), GridParams(0.7, 1.3, 40, 30, 1e5, -2e5)};
+    std::mt19937 gen(77);
+    std::uniform_real_distribution<double> unit(0., 1.);
+    std::uniform_int_distribution<int> kind(0, 11);
+    int non_empty = 0;
+    int cases = 0;
+    for (const GridParams& g : grids)
+        for (int n = 0; n < 6000; ++n)
+        {
+            // A section in the grid frame: two ends, their normals, a half width.
+            const double span_x = g.getNx() + 4.;
+            const double span_y = g.getNy() + 4.;
+            double ax = -2. + span_x * unit(gen);
+            double ay = -2. + span_y * unit(gen);
+            const double heading = 2. * NINE_DIGIT_PI * unit(gen);
+            double length = 3. * unit(gen);
+            double half = 0.2 + 2.5 * unit(gen);
+            double turn_a = 0.6 * (unit(gen) - 0.5);
+            double turn_b = 0.6 * (unit(gen) - 0.5);
+            const int k = kind(gen);
+            if (k == 0)
+                half = 0.;
+            else if (k == 1)
+                length = 0.;
+            else if (k == 2)
+                turn_b = NINE_DIGIT_PI - turn_b; // crossed quadrilateral
+            else if (k == 3)
+                ax = std::round(ax), ay = std::round(ay), length = std::round(length),
+                half = std::round(half);
+            else if (k == 4)
+                ax = std::floor(ax) + 0.5, ay = std::floor(ay) + 0.5, half = 0.5, length = 1.;
+            else if (k == 5)
+                turn_a = turn_b = 0., half = 1e-8 * unit(gen);
+            else if (k == 6)
+                ax = -1. + 2. * unit(gen), ay = g.getNy() - 1. + 2. * unit(gen);
+            else if (k == 7)
+                ax = 3e6 * unit(gen), ay = -3e6 * unit(gen);
+            const double bx = ax + length * std::cos(heading);
+            const double by = ay + length * std::sin(heading);
+            Point2D corners[4] = {
+                {ax - half * std::sin(heading + turn_a), ay + half * std::cos(heading + turn_a)},
+                {bx - half * std::sin(heading + turn_b), by + half * std::cos(heading + turn_b)},
+                {bx + half * std::sin(heading + turn_b), by - half * std::cos(heading + turn_b)},
+                {ax + half * std::sin(heading + turn_a), ay - half * std::cos(heading + turn_a)}};
+            if (k == 8)
+                for (Point2D& c : corners) // corners exactly on nodes or halfway between them
+                    c.reset(std::round(2. * c.get_abscissa()) / 2., std::round(2. * c.get_ordinate()) / 2.);
+            else if (k == 9)
+                corners[1] = corners[2] = Point2D(ax, ay); // a triangle with a repeated corner
+            else if (k == 10)
+                corners[2].set_ordinate(corners[3].get_ordinate() + 1e-9); // a nearly flat edge
+            for (Point2D& c : corners)
+                c = g.grid2Rel(c);
+            if (k == 11 && n % 2 == 0)
+                corners[n % 4].set_abscissa(std::nan(""));
+            std::vector<std::pair<int, int>> quick{{-9, -9}};
+            g.nodes_in_quad(corners, quick);
+            const std::vector<std::pair<int, int>> expected = polygon_nodes(g, corners);
+            ASSERT_EQ(quick, expected) << "section " << n << " of kind " << k << " on grid " << g.debug();
+            non_empty += expected.empty() ? 0 : 1;
+            ++cases;
+        }
+    EXPECT_GT(non_empty, cases / 3);
+}
+
 TEST(GridParams, DefaultsAndDimension)
 {
     const GridParams def;
