@@ -236,9 +236,13 @@ public:
     void update_section(Domain* domain, MassBalance* mb, const ChannelPoint* cp1, const ChannelPoint* cp2,
                         unsigned int age, Facies facies, bool erode, double limit,
                         const std::vector<std::pair<int, int>>& cells);
+    // What every section of a variable-grain pass reads and reuses.
+    struct VariableGrainPass;
     void update_section_new(Domain* domain, MassBalance* mb, const ChannelPoint* cp1, const ChannelPoint* cp2,
                             unsigned int age, Facies facies, bool erode,
-                            const std::vector<std::pair<int, int>>& cells);
+                            const std::vector<std::pair<int, int>>& cells, VariableGrainPass& pass);
+    // The channel's sections laid from upstream: point bar or lag.
+    void lay_sections(Domain* domain, MassBalance* mb, unsigned int age, Facies facies, bool erode);
     void make_point_bar(Domain* domain, MassBalance* mb, unsigned int age, bool erode);
     void make_channel_lag(Domain* domain, MassBalance* mb, unsigned int age);
     void make_ghost_migration(Domain* domain, MassBalance* mb, unsigned int age, double thickness);

@@ -19,6 +19,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <memory>
 
 namespace
 {
@@ -520,25 +521,49 @@ void Channel::update_section(Domain* domain, MassBalance* mb, const ChannelPoint
     }
 }
 
-void Channel::update_section_new(Domain* domain, MassBalance* mb, const ChannelPoint* cp1,
-                                 const ChannelPoint* cp2, unsigned int age, Facies facies, bool erode,
-                                 const std::vector<std::pair<int, int>>& cells)
+// The parameters are read once a pass, not once a section: each read is a look-up by name.
+struct Channel::VariableGrainPass
 {
-    const iParameters* params = _mc->parameters();
-    const bool optim = params->usingVarPBGrainOptim();
-    const bool proxy = params->usingVarPBGrainProxy();
-    const bool quick = params->getParamBool("GR_QUICK_C0");
-    const double coarsest = Facies::class_to_granulo(params->getParamInt("GR_PB_OPTIM_MAX"));
-    const double threshold = params->getParamDouble("GR_THRESHOLD");
-    const bool point_bar = facies == facies_of(PointBar::_fd, POINT_BAR_CLASS);
-    const bool lag = facies == facies_of(ChannelLag::_fd, CHANNEL_LAG_CLASS);
-
+    explicit VariableGrainPass(const MeanderCalculator* mc) : flow(mc)
+    {
+        const iParameters* params = mc->parameters();
+        optim = params->usingVarPBGrainOptim();
+        proxy = params->usingVarPBGrainProxy();
+        quick = params->getParamBool("GR_QUICK_C0");
+        coarsest = Facies::class_to_granulo(params->getParamInt("GR_PB_OPTIM_MAX"));
+        threshold = params->getParamDouble("GR_THRESHOLD");
+    }
+    bool optim;
+    bool proxy;
+    bool quick;
+    double coarsest;
+    double threshold;
     std::vector<double> grains;
     std::vector<double> heights;
     std::vector<double> profile_grains;
     std::vector<double> profile_heights;
+    // Each node's flow, written whole at each node.
+    Flow flow;
+};
+
+void Channel::update_section_new(Domain* domain, MassBalance* mb, const ChannelPoint* cp1,
+                                 const ChannelPoint* cp2, unsigned int age, Facies facies, bool erode,
+                                 const std::vector<std::pair<int, int>>& cells, VariableGrainPass& pass)
+{
+    const bool optim = pass.optim;
+    const bool proxy = pass.proxy;
+    const bool quick = pass.quick;
+    const double coarsest = pass.coarsest;
+    const double threshold = pass.threshold;
+    const bool point_bar = facies == facies_of(PointBar::_fd, POINT_BAR_CLASS);
+    const bool lag = facies == facies_of(ChannelLag::_fd, CHANNEL_LAG_CLASS);
+
+    std::vector<double>& grains = pass.grains;
+    std::vector<double>& heights = pass.heights;
+    std::vector<double>& profile_grains = pass.profile_grains;
+    std::vector<double>& profile_heights = pass.profile_heights;
     const SectionFrame frame(cp1, cp2);
-    Flow flow(_mc);
+    Flow& flow = pass.flow;
     for (const auto& cell : cells)
     {
         const int ix = cell.first;
@@ -631,35 +656,30 @@ void Channel::update_section_new(Domain* domain, MassBalance* mb, const ChannelP
 
 void Channel::make_point_bar(Domain* domain, MassBalance* mb, unsigned int age, bool erode)
 {
-    if (_first == nullptr)
-        return;
-    const Facies facies = facies_of(PointBar::_fd, POINT_BAR_CLASS);
-    const bool variable = _mc->parameters()->usingVariablePBGrainsize();
-    std::size_t k = 0;
-    for (ChannelPoint* cp = _first->next(); cp != nullptr; cp = cp->next(), ++k)
-    {
-        const auto& cells = section_nodes(k, cp->prev(), cp, *domain);
-        if (variable)
-            update_section_new(domain, mb, cp->prev(), cp, age, facies, erode, cells);
-        else
-            update_section(domain, mb, cp->prev(), cp, age, facies, erode, 0.1, cells);
-    }
+    lay_sections(domain, mb, age, facies_of(PointBar::_fd, POINT_BAR_CLASS), erode);
 }
 
 void Channel::make_channel_lag(Domain* domain, MassBalance* mb, unsigned int age)
 {
+    lay_sections(domain, mb, age, facies_of(ChannelLag::_fd, CHANNEL_LAG_CLASS), true);
+}
+
+void Channel::lay_sections(Domain* domain, MassBalance* mb, unsigned int age, Facies facies, bool erode)
+{
     if (_first == nullptr)
         return;
-    const Facies facies = facies_of(ChannelLag::_fd, CHANNEL_LAG_CLASS);
     const bool variable = _mc->parameters()->usingVariablePBGrainsize();
+    std::unique_ptr<VariableGrainPass> pass;
+    if (variable)
+        pass = std::make_unique<VariableGrainPass>(_mc);
     std::size_t k = 0;
     for (ChannelPoint* cp = _first->next(); cp != nullptr; cp = cp->next(), ++k)
     {
         const auto& cells = section_nodes(k, cp->prev(), cp, *domain);
         if (variable)
-            update_section_new(domain, mb, cp->prev(), cp, age, facies, true, cells);
+            update_section_new(domain, mb, cp->prev(), cp, age, facies, erode, cells, *pass);
         else
-            update_section(domain, mb, cp->prev(), cp, age, facies, true, 0.1, cells);
+            update_section(domain, mb, cp->prev(), cp, age, facies, erode, 0.1, cells);
     }
 }
 
