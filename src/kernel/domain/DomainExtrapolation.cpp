@@ -133,15 +133,20 @@ double Domain::get_erodibility_extrapolated(int i, int j) const
 
 double Domain::get_topo_neigh_dry(int i, int j) const
 {
+    // Read straight from the columns: on the grid the extrapolated topography
+    // is the column's own, and a bar asks this of every node it builds on.
     bool found = false;
     double highest = MP_MIN_REAL_VALUE;
     for (const Vector2D& v : _grid_vectors)
     {
         const int ni = i + static_cast<int>(v.get_abscissa());
         const int nj = j + static_cast<int>(v.get_ordinate());
-        if (!isValid(ni, nj) || getObject(ni, nj).water_depth() != 0.)
+        if (!isValid(ni, nj))
             continue;
-        highest = std::max(highest, get_topo_extrapolated(true, true, ni, nj));
+        const DepositionSet& neighbour = getObject(ni, nj);
+        if (neighbour.water_depth() != 0.)
+            continue;
+        highest = std::max(highest, neighbour.get_topo_rel(true));
         found = true;
     }
     return found ? highest : get_topo_extrapolated(true, true, i, j);
