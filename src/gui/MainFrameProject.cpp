@@ -17,7 +17,7 @@ namespace fs = std::filesystem;
 
 namespace
 {
-const char* const LOOK = "Look at the Message Window for more details.\n";
+const char* const PROJECT_LOOK = "Look at the Message Window for more details.\n";
 
 bool valid_project_name(const std::string& name)
 {
@@ -73,7 +73,7 @@ bool MainFrame::open_temp_project()
     if (alloc_project(parent, "", true))
         return true;
     tracer()->error("Cannot open default temporary project.Please unlock folder " + parent);
-    show_message("Error!", std::string("Error: Could not run program!\n") + LOOK);
+    show_message("Error!", std::string("Error: Could not run program!\n") + PROJECT_LOOK);
     return false;
 }
 

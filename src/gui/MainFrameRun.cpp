@@ -18,7 +18,7 @@
 
 namespace
 {
-const char* const LOOK = "Look at the Message Window for more details.\n";
+const char* const RUN_LOOK = "Look at the Message Window for more details.\n";
 }
 
 void MainFrame::bind_idle(bool on)
@@ -60,14 +60,14 @@ void MainFrame::launch(uint32_t until)
         if (!_project->initSimulator(parameters()->getParamInt("SIM_SEED")))
         {
             tracer()->error("Cannot initialize simulator");
-            show_message("Error!", std::string("Error: Cannot initialize simulator.\n") + LOOK);
+            show_message("Error!", std::string("Error: Cannot initialize simulator.\n") + RUN_LOOK);
             reset();
             return;
         }
         if (!_project->save())
         {
             tracer()->error("Cannot save iteration 0 of project");
-            show_message("Error!", std::string("Error: Cannot save initial parameters.\n") + LOOK);
+            show_message("Error!", std::string("Error: Cannot save initial parameters.\n") + RUN_LOOK);
             reset();
             return;
         }

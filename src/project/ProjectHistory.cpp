@@ -18,7 +18,7 @@ namespace fs = std::filesystem;
 
 namespace
 {
-const char* const LOOK = "Look at the Message Window for more details.\n";
+const char* const HISTORY_LOOK = "Look at the Message Window for more details.\n";
 
 // The iteration directory's names and the snapshot's.
 const std::pair<const char*, const char*> RENAMED[] = {
@@ -161,7 +161,7 @@ bool Project::gotoIter(unsigned int iteration)
     const std::string dir = getSimuPath(iteration);
     int iterations = 0;
     if (!loadAllSequenceFromJnl(dir + "/" + journal_name(iteration), iterations))
-        return goto_failed(std::string("Error: Cannot read parameters from journal file.\n") + LOOK);
+        return goto_failed(std::string("Error: Cannot read parameters from journal file.\n") + HISTORY_LOOK);
     if (!clearSimulator())
         return false;
     if (!check_iteration(dir) || !load_iteration(dir))
@@ -172,14 +172,14 @@ bool Project::gotoIter(unsigned int iteration)
         _simulator->setAge(iteration);
     }
     if (_zul.path.empty() ? false : !loadZul())
-        return goto_failed(std::string("Error: Problem when reading the upper limit file.\n") + LOOK);
+        return goto_failed(std::string("Error: Problem when reading the upper limit file.\n") + HISTORY_LOOK);
     if (_simulator->getChannel() == nullptr)
         warning("No centerline at this time of the simulation(will be created at next launch)");
     std::error_code ec;
     if (fs::exists(getJournalPath(), ec))
         copyFile(getJournalPath(), getJournalBackupPath());
     if (!copyFile(dir + "/" + journal_name(iteration), getJournalPath()))
-        return goto_failed(std::string("Error: Cannot read parameters from journal file.\n") + LOOK);
+        return goto_failed(std::string("Error: Cannot read parameters from journal file.\n") + HISTORY_LOOK);
     _currentIter = iteration;
     _sequenceStartAge = iteration;
     _lastMessage.clear();
@@ -195,13 +195,14 @@ bool Project::check_iteration(const std::string& dir)
     unsigned int age = 0;
     if (!dynamicFile.is_open() || !dynamicFile.get_key_value("AGE", age))
         return goto_failed(std::string("Error: The format of the Dynamic Parameters file is not correct.\n") +
-                           LOOK);
+                           HISTORY_LOOK);
     EMap map;
     if (!map.read(dir + "/erodibility.txt"))
-        return goto_failed(std::string("Error: Problem when reading the erodibility map file.\n") + LOOK);
+        return goto_failed(std::string("Error: Problem when reading the erodibility map file.\n") +
+                           HISTORY_LOOK);
     if (!has_file(dir + "/simulation.dat"))
         return goto_failed(std::string("Error: The format of the binary simulation file is not correct.\n") +
-                           LOOK);
+                           HISTORY_LOOK);
     std::vector<std::string> wells;
     bool wellsGood = listed_wells(dir, wells);
     for (const std::string& name : wells)
@@ -210,7 +211,7 @@ bool Project::check_iteration(const std::string& dir)
         return goto_failed(
             std::string(
                 "Error: The format of the binary well file is not correct or binary file is absent.\n") +
-            LOOK);
+            HISTORY_LOOK);
     if (!has_file(dir + "/" + PARAMS_FILE))
         return goto_failed("Error: Cannot initialize simulator.\n");
     return true;
@@ -252,32 +253,36 @@ std::string Project::load_failure_message() const
     if (mentions(reason, "Snapshot file"))
     {
         if (mentions(reason, "/simu.dat"))
-            return std::string("Error: The format of the binary simulation file is not correct.\n") + LOOK;
+            return std::string("Error: The format of the binary simulation file is not correct.\n") +
+                   HISTORY_LOOK;
         if (mentions(reason, "/dyparams.txt"))
-            return std::string("Error: The format of the Dynamic Parameters file is not correct.\n") + LOOK;
+            return std::string("Error: The format of the Dynamic Parameters file is not correct.\n") +
+                   HISTORY_LOOK;
         if (mentions(reason, "/emap.txt"))
-            return std::string("Error: Problem when reading the erodibility map file.\n") + LOOK;
+            return std::string("Error: Problem when reading the erodibility map file.\n") + HISTORY_LOOK;
         if (mentions(reason, "/centerline.txt"))
             return std::string(
                        "Error: Input centerline file has a bad format or centerline is too short.\n") +
-                   LOOK;
+                   HISTORY_LOOK;
         if (mentions(reason, ".dat"))
             return std::string("Error: The format of the binary well file is not correct or binary file is "
                                "absent.\n") +
-                   LOOK;
+                   HISTORY_LOOK;
     }
     if (mentions(reason, "dynamic parameters") || mentions(reason, "seeder") ||
         mentions(reason, "distribution"))
-        return std::string("Error: The format of the Dynamic Parameters file is not correct.\n") + LOOK;
+        return std::string("Error: The format of the Dynamic Parameters file is not correct.\n") +
+               HISTORY_LOOK;
     if (mentions(reason, "simulation block"))
-        return std::string("Error: The format of the binary simulation file is not correct.\n") + LOOK;
+        return std::string("Error: The format of the binary simulation file is not correct.\n") +
+               HISTORY_LOOK;
     if (mentions(reason, "well"))
         return std::string(
                    "Error: The format of the binary well file is not correct or binary file is absent.\n") +
-               LOOK;
+               HISTORY_LOOK;
     if (mentions(reason, "centerline") || mentions(reason, "channel"))
         return std::string("Error: Input centerline file has a bad format or centerline is too short.\n") +
-               LOOK;
+               HISTORY_LOOK;
     return "Error: Cannot initialize simulator.\n";
 }
 

@@ -22,7 +22,7 @@ namespace fs = std::filesystem;
 
 namespace
 {
-const char* const LOOK = "Look at the Message Window for more details.\n";
+const char* const IMPORTS_LOOK = "Look at the Message Window for more details.\n";
 const char* const GRID_ORDER = "+Y +X +Z";
 // An upper limit of this type makes the erodibility itself.
 constexpr int ZUL_EMAP = 3;
@@ -241,7 +241,7 @@ bool Project::loadEmap()
         return true;
     }
     if (!_simulator->loadEMapFromFile(_emap.path, false))
-        return error(std::string("Error: Problem when reading the erodibility map file\n") + LOOK);
+        return error(std::string("Error: Problem when reading the erodibility map file\n") + IMPORTS_LOOK);
     return true;
 }
 
@@ -251,7 +251,7 @@ bool Project::loadZul()
         return true;
     _zul.changed = false;
     if (!_simulator->loadUpperLimitFromFile(_zul.path, _zulType))
-        return error(std::string("Error: Problem when reading the upper limit file.\n") + LOOK);
+        return error(std::string("Error: Problem when reading the upper limit file.\n") + IMPORTS_LOOK);
     return true;
 }
 
@@ -261,7 +261,8 @@ bool Project::loadTecto()
         return true;
     _tecto.changed = false;
     if (!_simulator->loadTectoMapFromFile(_tecto.path))
-        return error(std::string("Error: Problem when reading the tectonic deformation file.\n") + LOOK);
+        return error(std::string("Error: Problem when reading the tectonic deformation file.\n") +
+                     IMPORTS_LOOK);
     return true;
 }
 
@@ -271,6 +272,7 @@ bool Project::loadFlattening()
         return true;
     _flattening.changed = false;
     if (!_simulator->loadFlatteningFromFile(_flattening.path))
-        return error(std::string("Error: Problem when reading the flattening surface file.\n") + LOOK);
+        return error(std::string("Error: Problem when reading the flattening surface file.\n") +
+                     IMPORTS_LOOK);
     return true;
 }

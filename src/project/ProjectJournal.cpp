@@ -16,7 +16,7 @@ namespace fs = std::filesystem;
 
 namespace
 {
-const char* const LOOK = "Look at the Message Window for more details.\n";
+const char* const JOURNAL_LOOK = "Look at the Message Window for more details.\n";
 const char* const CORRUPTED =
     "Journal file seems to be corrupted. Please, look at sample journal files in data directory!";
 const char* const NEW_SEQUENCE = "Define a new sequence";
@@ -35,7 +35,7 @@ bool is_equilibrium_profile(const ParameterGroup& group)
 bool Project::newSequence()
 {
     if (_simulator == nullptr || !_simulator->ready(false))
-        return error(std::string("Error: Cannot create new sequence.\n") + LOOK);
+        return error(std::string("Error: Cannot create new sequence.\n") + JOURNAL_LOOK);
     const int status = _simulator->checkConsistency();
     const std::string text = _simulator->getLastMessage();
     if (status == MP_STATUS_CONSISTENCY_WARNING && _dialogs != nullptr &&
@@ -52,7 +52,7 @@ bool Project::newSequence()
     if (!write_pending_record())
         return false;
     if (_simulator->newSequence() != MP_STATUS_OK)
-        return error(std::string("Error: Cannot create new sequence.\n") + LOOK);
+        return error(std::string("Error: Cannot create new sequence.\n") + JOURNAL_LOOK);
     _sequenceStartAge = _simulator->getAge();
     return true;
 }

@@ -23,7 +23,8 @@
 
 namespace
 {
-constexpr const char* EXCEPTION_WITHOUT_TEXT = "Exception thrown: look at message window for more details";
+constexpr const char* ACTION_EXCEPTION_WITHOUT_TEXT =
+    "Exception thrown: look at message window for more details";
 
 template <typename Value>
 std::string text_of(const std::string& head, Value value, const std::string& tail = ")")
@@ -59,7 +60,7 @@ template <typename Action> bool Simulator::guardedAction(const std::string& name
     }
     catch (...)
     {
-        return fail(prefix + EXCEPTION_WITHOUT_TEXT, false);
+        return fail(prefix + ACTION_EXCEPTION_WITHOUT_TEXT, false);
     }
 }
 

@@ -40,7 +40,8 @@ namespace
 {
 namespace fs = std::filesystem;
 
-constexpr const char* EXCEPTION_WITHOUT_TEXT = "Exception thrown: look at message window for more details";
+constexpr const char* STATE_EXCEPTION_WITHOUT_TEXT =
+    "Exception thrown: look at message window for more details";
 constexpr int FULL_PRECISION = std::numeric_limits<double>::max_digits10;
 
 const char* const PARAMS_FILE = "/params.txt";
@@ -714,7 +715,7 @@ bool Simulator::save(const std::string& target)
     {
         std::error_code ec;
         fs::remove_all(staging, ec);
-        return fail(std::string(EXCEPTION_WITHOUT_TEXT), false);
+        return fail(std::string(STATE_EXCEPTION_WITHOUT_TEXT), false);
     }
 }
 
@@ -889,7 +890,7 @@ bool Simulator::load(const std::string& source)
     }
     catch (...)
     {
-        fail(std::string(EXCEPTION_WITHOUT_TEXT), false);
+        fail(std::string(STATE_EXCEPTION_WITHOUT_TEXT), false);
     }
     return abandonLoad(dir);
 }

@@ -7,7 +7,7 @@
 namespace
 {
 
-GridParams flat_geometry(const GridParams& params)
+GridParams flat_topo_geometry(const GridParams& params)
 {
     GridParams geometry(params);
     if (geometry.is3D())
@@ -20,7 +20,7 @@ GridParams flat_geometry(const GridParams& params)
 
 } // namespace
 
-Topo::Topo(const GridParams& params) : GridReal(flat_geometry(params)) {}
+Topo::Topo(const GridParams& params) : GridReal(flat_topo_geometry(params)) {}
 
 Topo::Topo(double dx, double dy, int nx, int ny, double x0, double y0) : GridReal(dx, dy, nx, ny, x0, y0) {}
 

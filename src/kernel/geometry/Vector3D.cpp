@@ -4,7 +4,7 @@
 
 namespace
 {
-constexpr double MIN_NORMALIZABLE_LENGTH = 1e-6;
+constexpr double MIN_NORMALIZABLE_LENGTH_3D = 1e-6;
 }
 
 double Vector3D::length() const
@@ -15,7 +15,7 @@ double Vector3D::length() const
 Vector3D& Vector3D::normalize()
 {
     const double len = length();
-    if (len > MIN_NORMALIZABLE_LENGTH)
+    if (len > MIN_NORMALIZABLE_LENGTH_3D)
         *this /= len;
     return *this;
 }
