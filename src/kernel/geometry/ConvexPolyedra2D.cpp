@@ -1,5 +1,7 @@
 #include "kernel/geometry/ConvexPolyedra2D.h"
 
+#include "EdgeScan.h"
+
 #include "kernel/common/Assert.h"
 
 #include <algorithm>
@@ -102,31 +104,15 @@ void ConvexPolyedra2D::find_points_with_integer_coordinates_inside(std::vector<P
         return;
     // The even-odd test of is_included, with what depends on the row only
     // worked out once per row: the same operations in the same order.
-    struct Edge
-    {
-        double x1, y1, x2, y2, slope;
-        bool horizontal;
-    };
+    using edge_scan::Edge;
+    using edge_scan::RowEdge;
     Edge edges[MAX_VERTICES];
     for (int k = 0; k < _offset; ++k)
     {
         const Point2D& a = _vertices[k];
         const Point2D& b = _vertices[k + 1 == _offset ? 0 : k + 1];
-        Edge& e = edges[k];
-        e.x1 = a.get_abscissa();
-        e.y1 = a.get_ordinate();
-        e.x2 = b.get_abscissa();
-        e.y2 = b.get_ordinate();
-        e.horizontal = std::fabs(e.y2 - e.y1) <= HORIZONTAL_EDGE_TOLERANCE;
-        e.slope = e.horizontal ? 0. : (e.x2 - e.x1) / (e.y2 - e.y1);
+        edges[k] = Edge::between(a.get_abscissa(), a.get_ordinate(), b.get_abscissa(), b.get_ordinate());
     }
-    struct RowEdge
-    {
-        bool horizontal;
-        bool crosses;
-        double lo, hi;           // horizontal: the edge's abscissae
-        double x_edge, ax1, bsl; // slanted: crossing, |x1|, (|y1| + |py|) |slope|
-    };
     RowEdge row[MAX_VERTICES];
 
     const double x_end = _max.get_abscissa() + INTEGER_SCAN_MARGIN;
@@ -136,46 +122,9 @@ void ConvexPolyedra2D::find_points_with_integer_coordinates_inside(std::vector<P
     {
         int active = 0;
         for (int k = 0; k < _offset; ++k)
-        {
-            const Edge& e = edges[k];
-            if (e.horizontal)
-            {
-                if (std::fabs(y - e.y1) <= ON_HORIZONTAL_EDGE_TOLERANCE)
-                    row[active++] =
-                        RowEdge{true, false, std::min(e.x1, e.x2), std::max(e.x1, e.x2), 0., 0., 0.};
-                continue;
-            }
-            if (y < std::min(e.y1, e.y2) || y > std::max(e.y1, e.y2))
-                continue;
-            const double x_edge = e.x1 + (y - e.y1) * e.slope;
-            row[active++] = RowEdge{false,
-                                    (e.y1 > y) != (e.y2 > y),
-                                    0.,
-                                    0.,
-                                    x_edge,
-                                    std::fabs(e.x1),
-                                    (std::fabs(e.y1) + std::fabs(y)) * std::fabs(e.slope)};
-        }
-        auto included = [&](double x)
-        {
-            bool inside = false;
-            for (int k = 0; k < active; ++k)
-            {
-                const RowEdge& r = row[k];
-                if (r.horizontal)
-                {
-                    if (x >= r.lo && x <= r.hi)
-                        return true;
-                    continue;
-                }
-                const double tolerance = SLANTED_EDGE_RELATIVE_TOLERANCE * (r.ax1 + std::fabs(x) + r.bsl);
-                if (std::fabs(x - r.x_edge) < tolerance)
-                    return true;
-                if (r.crosses && r.x_edge > x)
-                    inside = !inside;
-            }
-            return inside;
-        };
+            if (edge_scan::meet_row(edges[k], y, row[active]))
+                ++active;
+        auto included = [&](double x) { return edge_scan::includes(row, active, x); };
         // The polygon is convex: its nodes in a row are contiguous.
         bool found_in_row = false;
         for (double x = x_start; x < x_end; x += 1.)

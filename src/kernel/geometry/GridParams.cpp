@@ -1,5 +1,7 @@
 #include "kernel/geometry/GridParams.h"
 
+#include "EdgeScan.h"
+
 #include "kernel/common/BinaryDump.h"
 #include "kernel/common/Constants.h"
 
@@ -53,33 +55,13 @@ void keep_on_grid(const std::vector<Point2D>& points, int nx, int ny, std::vecto
 void scan_quad(const double (&vx)[4], const double (&vy)[4], double min_x, double min_y, double max_x,
                double max_y, int nx, int ny, std::vector<std::pair<int, int>>& nodes)
 {
-    constexpr double HORIZONTAL = ConvexPolyedra2D::HORIZONTAL_EDGE_TOLERANCE;
-    constexpr double ON_HORIZONTAL = ConvexPolyedra2D::ON_HORIZONTAL_EDGE_TOLERANCE;
     constexpr double SLANTED = ConvexPolyedra2D::SLANTED_EDGE_RELATIVE_TOLERANCE;
     constexpr double MARGIN = ConvexPolyedra2D::INTEGER_SCAN_MARGIN;
-    struct Edge
-    {
-        double x1, y1, x2, y2, slope;
-        bool horizontal;
-    };
+    using edge_scan::Edge;
+    using edge_scan::RowEdge;
     Edge edges[4];
     for (int k = 0; k < 4; ++k)
-    {
-        Edge& e = edges[k];
-        e.x1 = vx[k];
-        e.y1 = vy[k];
-        e.x2 = vx[(k + 1) & 3];
-        e.y2 = vy[(k + 1) & 3];
-        e.horizontal = std::fabs(e.y2 - e.y1) <= HORIZONTAL;
-        e.slope = e.horizontal ? 0. : (e.x2 - e.x1) / (e.y2 - e.y1);
-    }
-    struct RowEdge
-    {
-        bool horizontal;
-        bool crosses;
-        double lo, hi;
-        double x_edge, ax1, bsl;
-    };
+        edges[k] = Edge::between(vx[k], vy[k], vx[(k + 1) & 3], vy[(k + 1) & 3]);
     RowEdge row[4];
 
     const double x_end = max_x + MARGIN;
@@ -95,53 +77,22 @@ void scan_quad(const double (&vx)[4], const double (&vy)[4], double min_x, doubl
         bool bounded = true;
         for (const Edge& e : edges)
         {
-            if (e.horizontal)
+            RowEdge& r = row[active];
+            if (!edge_scan::meet_row(e, y, r))
+                continue;
+            ++active;
+            if (r.horizontal)
             {
-                if (std::fabs(y - e.y1) <= ON_HORIZONTAL)
-                {
-                    row[active++] =
-                        RowEdge{true, false, std::min(e.x1, e.x2), std::max(e.x1, e.x2), 0., 0., 0.};
-                    leftmost = std::min(leftmost, std::min(e.x1, e.x2));
-                }
+                leftmost = std::min(leftmost, r.lo);
                 continue;
             }
-            if (y < std::min(e.y1, e.y2) || y > std::max(e.y1, e.y2))
-                continue;
-            const double x_edge = e.x1 + (y - e.y1) * e.slope;
-            const RowEdge r{false,
-                            (e.y1 > y) != (e.y2 > y),
-                            0.,
-                            0.,
-                            x_edge,
-                            std::fabs(e.x1),
-                            (std::fabs(e.y1) + std::fabs(y)) * std::fabs(e.slope)};
-            row[active++] = r;
-            leftmost = std::min(leftmost, x_edge);
+            leftmost = std::min(leftmost, r.x_edge);
             if (SLANTED * (r.ax1 + reach + r.bsl) >= ROW_TOLERANCE_BOUND)
                 bounded = false;
         }
         if (active == 0)
             continue;
-        auto included = [&](double x)
-        {
-            bool inside = false;
-            for (int k = 0; k < active; ++k)
-            {
-                const RowEdge& r = row[k];
-                if (r.horizontal)
-                {
-                    if (x >= r.lo && x <= r.hi)
-                        return true;
-                    continue;
-                }
-                const double tolerance = SLANTED * (r.ax1 + std::fabs(x) + r.bsl);
-                if (std::fabs(x - r.x_edge) < tolerance)
-                    return true;
-                if (r.crosses && r.x_edge > x)
-                    inside = !inside;
-            }
-            return inside;
-        };
+        auto included = [&](double x) { return edge_scan::includes(row, active, x); };
         // The quadrilateral's nodes in a row are contiguous: the first gap ends the row.
         bool found_in_row = false;
         const double first = bounded ? std::max(x_start, std::ceil(leftmost - ROW_TOLERANCE_BOUND)) : x_start;
