@@ -2,8 +2,8 @@
 # (251 x 201 nodes of 200 m, channel 800 m wide and 40 m deep, floods every
 # 24 iterations on average). The channel builds levees, spills overbank
 # turbidites, breaks its levees into splays and avulses, while its course
-# rises by about 2 m at each flood. 2000 iterations (about 13 s of one core,
-# 0.8 GB of memory). Outputs are written to output/, next to this file:
+# rises by about 2 m at each flood. 2000 iterations (about 5 s of one core,
+# 0.21 GB of memory). Outputs are written to output/, next to this file:
 # about 127 MB, nearly all of it the block.
 [GLOBAL]
 USE_TURBIDITE = 1
