@@ -298,6 +298,8 @@ private:
     // What the plain (not variable grain) _grid_points were found from; empty
     // when they must be found again.
     std::vector<double> _grid_points_inputs;
+    // The inputs of the channel as it stands, compared with those above.
+    std::vector<double> _grid_points_inputs_now;
     EntryPoints _entry_points;
 
     // Margin and width they were computed from.

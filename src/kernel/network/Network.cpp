@@ -766,7 +766,7 @@ void Network::collect_wet_cells()
     }
     // A migration starts from where the last one left the channel: unless a
     // drape or a flood has moved it since, its cells are those found then.
-    static thread_local std::vector<double> inputs;
+    std::vector<double>& inputs = _grid_points_inputs_now;
     _ch->grid_points_inputs(*_domain, inputs);
     if (!_grid_points_inputs.empty() && inputs.size() == _grid_points_inputs.size() &&
         std::memcmp(inputs.data(), _grid_points_inputs.data(), inputs.size() * sizeof(double)) == 0)
