@@ -68,45 +68,10 @@ double signed_cbrt(double value)
     return value < 0. ? -std::pow(-value, 1. / 3.) : std::pow(value, 1. / 3.);
 }
 
-// Parameter, along the line through p directed by `chord`, of its crossing
-// with the line through `origin` along `normal`; false when they are parallel.
-bool crossing(const Point2D& p, const Vector2D& chord, const Point2D& origin, const Vector2D& normal,
-              double& lambda)
-{
-    const double d = normal.vectorial(chord);
-    if (d == 0.)
-        return false;
-    lambda = normal.vectorial(origin - p) / d;
-    return true;
-}
-
-// Fraction of p along the segment, measured between the normals of its ends
-// so that nodes in a bend share out smoothly between consecutive segments;
-// the plain projection when the normals give no answer.
-double fraction_between_normals(const Point2D& p, const ChannelPoint* a, const ChannelPoint* b)
-{
-    const Vector2D chord(*a, *b);
-    const double chord2 = chord.scalar(chord);
-    if (chord2 > MP_EPSILON && a->normal().scalar(a->normal()) > MP_EPSILON)
-    {
-        // The crossings lie on one line, so their distances are in the ratio of their parameters.
-        double l1;
-        if (crossing(p, chord, *a, a->normal(), l1))
-        {
-            double l2;
-            if (b->normal().scalar(b->normal()) > MP_EPSILON && crossing(p, chord, *b, b->normal(), l2) &&
-                l1 != l2)
-                return std::fabs(l1) / std::fabs(l1 - l2);
-            const double denominator = a->distance2D(p) / b->ds();
-            if (denominator > 0.)
-                return std::fabs(l1) * std::sqrt(chord2) / denominator;
-        }
-    }
-    return Channel::norm_proj(p, *a, *b);
-}
-
-// fraction_between_normals along one segment, with what depends on the
-// segment alone worked out once: the same operations in the same order.
+// Fraction of a point along a segment, measured between the normals of its
+// ends so that nodes in a bend share out smoothly between consecutive
+// segments; the plain projection when the normals give no answer. What
+// depends on the segment alone is worked out once, for all its nodes.
 class SegmentFraction
 {
 public:
@@ -120,6 +85,9 @@ public:
 
     double at(const Point2D& p) const
     {
+        // The crossings of the normals with the line through p along the
+        // chord lie on one line, so their distances are in the ratio of
+        // their parameters.
         if (_a_normal && _d1 != 0.)
         {
             const Point2D& a = *_a;
@@ -261,7 +229,7 @@ double Channel::cross_section_depth_old(double n, double h) const
 
 double Channel::norm_proj_new(const Point2D& p, const ChannelPoint* a, const ChannelPoint* b) const
 {
-    return fraction_between_normals(p, a, b);
+    return SegmentFraction(a, b).at(p);
 }
 
 double Channel::get_elevation_at_point(const Point2D& p, const ChannelPoint* cp1,
