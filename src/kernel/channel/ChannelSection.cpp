@@ -17,7 +17,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdint>
 #include <cstring>
 #include <memory>
 
@@ -281,20 +280,6 @@ double Channel::cross_section_elevation(const Domain* domain, int ix, int iy, co
 
 namespace
 {
-bool same_bits(const double* a, const double* b, std::size_t n)
-{
-    for (std::size_t k = 0; k < n; ++k)
-    {
-        std::uint64_t x;
-        std::uint64_t y;
-        std::memcpy(&x, &a[k], sizeof x);
-        std::memcpy(&y, &b[k], sizeof y);
-        if (x != y)
-            return false;
-    }
-    return true;
-}
-
 void section_corners(const ChannelPoint* cp1, const ChannelPoint* cp2, double half_width,
                      Point2D (&corners)[4])
 {
@@ -338,7 +323,7 @@ const std::vector<std::pair<int, int>>& Channel::section_nodes(std::size_t k, co
                                                 static_cast<double>(geom.getNx()),
                                                 static_cast<double>(geom.getNy())};
     // Bit for bit: the nodes depend on nothing else.
-    if (entry.known && same_bits(entry.key, key, SectionNodes::KEY_SIZE))
+    if (entry.known && std::memcmp(entry.key, key, sizeof key) == 0)
         return entry.nodes;
     geom.nodes_in_quad(corners, entry.nodes);
     std::memcpy(entry.key, key, sizeof key);
