@@ -137,8 +137,12 @@ protected:
     virtual void append_node_line(std::string& text, int i, int j, int k) const;
     // Name and undefined text of each column written, this grid's first.
     virtual std::vector<std::pair<std::string, std::string>> columns() const;
+    // Room for any number put_number writes.
+    static constexpr int MP_NUMBER_CHARS = 32;
     // Six significant digits in the shortest of fixed and scientific forms.
     static void append_number(std::string& text, double value);
+    // The same text written at `out`, which has MP_NUMBER_CHARS of room; answers its end.
+    static char* put_number(char* out, double value);
 
     std::vector<double> _values;
     double _min;

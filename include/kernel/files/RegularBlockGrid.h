@@ -34,6 +34,14 @@ private:
         AGE
     };
 
+    // The grain size's text, from the last one written when it is the same
+    // value: a block holds a handful of grain sizes.
+    char* put_grain(char* out, double grain) const;
+
     const RegularBlock& _block;
     std::vector<Column> _columns;
+    mutable double _grain = 0.;
+    mutable char _grainText[MP_NUMBER_CHARS] = {};
+    // 0 before the first grain size is written.
+    mutable int _grainLength = 0;
 };

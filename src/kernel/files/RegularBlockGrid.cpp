@@ -3,6 +3,9 @@
 #include "kernel/common/Facies.h"
 #include "kernel/geometry/RegularBlock.h"
 
+#include <algorithm>
+#include <cstring>
+
 RegularBlockGrid::RegularBlockGrid(const RegularBlock& block, bool facies, bool grain, bool age,
                                    const std::string& undefined)
     : _block(block)
@@ -18,24 +21,47 @@ RegularBlockGrid::RegularBlockGrid(const RegularBlock& block, bool facies, bool 
         _columns.push_back(AGE);
 }
 
+char* RegularBlockGrid::put_grain(char* out, double grain) const
+{
+    // Compared bit for bit: 0 and -0 are written apart.
+    if (_grainLength == 0 || std::memcmp(&grain, &_grain, sizeof grain) != 0)
+    {
+        _grain = grain;
+        _grainLength = static_cast<int>(put_number(_grainText, grain) - _grainText);
+    }
+    return std::copy(_grainText, _grainText + _grainLength, out);
+}
+
 void RegularBlockGrid::append_node_line(std::string& text, int i, int j, int k) const
 {
     const size_t n = _block.index(i, j, k);
-    const bool is_void = _block.is_void(n);
+    if (_block.is_void(n))
+    {
+        for (size_t c = 0; c < _columns.size(); ++c)
+        {
+            if (c > 0)
+                text += ' ';
+            text += getUndefinedText();
+        }
+        text += '\n';
+        return;
+    }
+    // The line is put together apart and appended once.
+    char line[3 * (MP_NUMBER_CHARS + 1)];
+    char* out = line;
     for (size_t c = 0; c < _columns.size(); ++c)
     {
         if (c > 0)
-            text += ' ';
-        if (is_void)
-            text += getUndefinedText();
-        else if (_columns[c] == FACIES)
-            append_number(text, static_cast<double>(Facies::family(_block.facies[n])));
+            *out++ = ' ';
+        if (_columns[c] == FACIES)
+            out = put_number(out, static_cast<double>(Facies::family(_block.facies[n])));
         else if (_columns[c] == GRAIN)
-            append_number(text, _block.grain[n]);
+            out = put_grain(out, _block.grain[n]);
         else
-            append_number(text, static_cast<double>(_block.age[n]));
+            out = put_number(out, static_cast<double>(_block.age[n]));
     }
-    text += '\n';
+    *out++ = '\n';
+    text.append(line, out);
 }
 
 std::vector<std::pair<std::string, std::string>> RegularBlockGrid::columns() const
