@@ -4,6 +4,7 @@
 
 #include "kernel/files/GrdeclWriter.h"
 #include "kernel/files/GridReal.h"
+#include "kernel/files/RegularBlockGrid.h"
 #include "kernel/files/VtkWriter.h"
 #include "kernel/geometry/RegularBlock.h"
 
@@ -11,6 +12,7 @@
 
 #include <gtest/gtest.h>
 
+#include <charconv>
 #include <map>
 #include <sstream>
 #include <string>
@@ -124,4 +126,35 @@ TEST(BlockWriters, FileNamesCountsAndRefusals)
     EXPECT_EQ(GridReal::get_format(dir.file("b.grdecl")), GRID_FORMAT_GRDECL);
     EXPECT_FALSE(grid.read(dir.file("b.grdecl")));
     EXPECT_EQ(grid.getError(), "GRDECL grid format is not supported while reading files!");
+}
+
+TEST(BlockWriters, F2GLinesOfTheBlockValueByValue)
+{
+    // One column of samples whose grain sizes repeat, change sign only, or come back.
+    const std::vector<double> grains = {0.25, 0.25, 0., -0., -0., 0., 1e6, 0.1, 0.25, -1.};
+    const std::vector<uint32_t> ages = {0u, 7u, 999999u, 1000000u, 1234567u, 4294967295u, 3u, 3u, 17976u, 0u};
+    RegularBlock block;
+    block.geometry = GridParams(10., 10., 0.5, 1, 1, static_cast<int>(grains.size()), 0., 0., 0.);
+    block.grain = grains;
+    block.age = ages;
+    for (size_t k = 0; k < grains.size(); ++k)
+        block.facies.push_back(k + 1 == grains.size() ? RegularBlock::MP_VOID_FACIES
+                                                      : static_cast<unsigned char>((k << 4) | k));
+    TempDir dir;
+    RegularBlockGrid grid(block, true, true, true, "-99");
+    ASSERT_TRUE(grid.write(dir.file("b.f2g"), nullptr, GRID_FORMAT_F2G, "+Y +X +Z")) << grid.getError();
+    const auto general_six = [](double value)
+    {
+        char buffer[64];
+        return std::string(
+            buffer, std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::general, 6).ptr);
+    };
+    std::string expected = "F2G_VALUES \n";
+    for (size_t k = 0; k + 1 < grains.size(); ++k)
+        expected += general_six(static_cast<double>(block.facies[k] & 15)) + ' ' + general_six(grains[k]) +
+                    ' ' + general_six(ages[k]) + '\n';
+    expected += "-99 -99 -99\n";
+    const std::string text = read_file(dir.file("b.f2g"));
+    EXPECT_EQ(text.substr(text.find("F2G_VALUES")), expected);
+    EXPECT_NE(expected.find("3 -0 1e+06\n4 -0 1.23457e+06\n5 0 4.29497e+09\n"), std::string::npos);
 }

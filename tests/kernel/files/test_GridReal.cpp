@@ -6,11 +6,16 @@
 
 #include "TestSupport.h"
 
+#include <charconv>
 #include <cmath>
+#include <cstdint>
+#include <cstring>
 #include <filesystem>
 #include <functional>
 #include <iostream>
 #include <iterator>
+#include <limits>
+#include <random>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -152,6 +157,25 @@ void expect_refusals(const std::string& path, const std::string& base, const std
         EXPECT_FALSE(read(grid));
         EXPECT_EQ(grid.getError(), c.message);
     }
+}
+
+// The number writer of the grid files, reached from outside.
+struct NumberWriter : GridReal
+{
+    static std::string text_of(double value)
+    {
+        std::string text = "<";
+        append_number(text, value);
+        return text.substr(1);
+    }
+};
+
+// The text of six significant digits in the general form, straight from the standard library.
+std::string general_six(double value)
+{
+    char buffer[64];
+    return std::string(
+        buffer, std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::general, 6).ptr);
 }
 
 } // namespace
@@ -462,6 +486,56 @@ TEST(GridReal, F2GFileContentAndItsAsymmetries)
     EXPECT_EQ(grid.getError(), "Cannot write grid file " + bad);
     EXPECT_FALSE(back.read_f2g(bad));
     EXPECT_EQ(back.getError(), "Cannot read grid file " + bad);
+}
+
+TEST(GridReal, NumbersWrittenWithSixSignificantDigits)
+{
+    const double inf = std::numeric_limits<double>::infinity();
+    const std::vector<std::pair<double, std::string>> cases = {
+        {0., "0"},
+        {-0., "-0"},
+        {1., "1"},
+        {-1., "-1"},
+        {17976., "17976"},
+        {999999., "999999"},
+        {-999999., "-999999"},
+        {1e6, "1e+06"},
+        {-1e6, "-1e+06"},
+        {1000001., "1e+06"},
+        {1234567., "1.23457e+06"},
+        {999999.5, "1e+06"},
+        {999998.9, "999999"},
+        {0.5, "0.5"},
+        {-0.5, "-0.5"},
+        {0.6875, "0.6875"},
+        {1e-5, "1e-05"},
+        {2147483648., "2.14748e+09"},
+        {-2147483649., "-2.14748e+09"},
+        {4294967295., "4.29497e+09"},
+        {1e30, "1e+30"},
+        {inf, "inf"},
+        {-inf, "-inf"},
+        {std::numeric_limits<double>::quiet_NaN(), "nan"},
+        {std::numeric_limits<double>::denorm_min(), "4.94066e-324"},
+    };
+    for (const auto& [value, expected] : cases)
+    {
+        EXPECT_EQ(NumberWriter::text_of(value), expected) << expected;
+        EXPECT_EQ(general_six(value), expected) << expected;
+    }
+    // Every whole value about the bound of a million, then values of every kind at random.
+    for (int whole = -1000010; whole <= 1000010; ++whole)
+        ASSERT_EQ(NumberWriter::text_of(whole), general_six(whole)) << whole;
+    std::mt19937_64 random(20261125);
+    for (int n = 0; n < 200000; ++n)
+    {
+        const uint64_t bits = random();
+        double any = 0.;
+        std::memcpy(&any, &bits, sizeof any);
+        const double near_whole = static_cast<double>(static_cast<int64_t>(bits % 4000001) - 2000000) / 16.;
+        for (double value : {any, near_whole, -near_whole, std::ldexp(1., static_cast<int>(bits % 64)) - 1.})
+            ASSERT_EQ(NumberWriter::text_of(value), general_six(value)) << value;
+    }
 }
 
 TEST(GridReal, F2GMalformedHeaders)
