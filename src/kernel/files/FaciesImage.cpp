@@ -451,16 +451,19 @@ RgbImage FaciesImage::map_legend(const std::string& title, const std::vector<uns
     return image;
 }
 
+// The families are read from the block once, for the picture and its legend.
 RgbImage FaciesImage::top_preview() const
 {
-    return compose(top_map(), map_axis(true), map_axis(false),
-                   map_legend("Top of the deposits", legend_families(top_families())));
+    const std::vector<unsigned char> families = top_families();
+    return compose(paint(families, _nx, _ny, _cell, true), map_axis(true), map_axis(false),
+                   map_legend("Top of the deposits", legend_families(families)));
 }
 
 RgbImage FaciesImage::slice_preview(double z) const
 {
-    return compose(slice_map(z), map_axis(true), map_axis(false),
-                   map_legend("Slice at Z = " + number(z) + " m", legend_families(slice_families(z))));
+    const std::vector<unsigned char> families = slice_families(z);
+    return compose(paint(families, _nx, _ny, _cell, true), map_axis(true), map_axis(false),
+                   map_legend("Slice at Z = " + number(z) + " m", legend_families(families)));
 }
 
 RgbImage FaciesImage::section_preview(bool along_x) const
@@ -472,9 +475,10 @@ RgbImage FaciesImage::section_preview(bool along_x) const
     std::ostringstream exaggeration;
     exaggeration << "Vertical exaggeration x" << std::setprecision(3) << vertical_exaggeration(along_x);
     const std::vector<std::string> title = {section_place(along_x, index), exaggeration.str()};
-    const RgbImage picture = along_x ? section_x(index) : section_y(index);
+    const std::vector<unsigned char> families = section_families(along_x, index);
+    const RgbImage picture = paint(families, along_x ? _nx : _ny, _rows, 1, false);
     return compose(picture, map_axis(along_x), {zmin, zmax, "Z (m)"},
-                   legend(title, legend_families(section_families(along_x, index))));
+                   legend(title, legend_families(families)));
 }
 
 RgbImage FaciesImage::section_x_preview() const
