@@ -6,6 +6,7 @@
 
 #include "kernel/files/GridReal.h"
 
+#include <cstddef>
 #include <string>
 #include <utility>
 #include <vector>
@@ -38,8 +39,16 @@ private:
     // value: a block holds a handful of grain sizes.
     char* put_grain(char* out, double grain) const;
 
+    // Lines ahead whose samples are fetched early.
+    static constexpr std::ptrdiff_t MP_LINES_AHEAD = 16;
+    void prefetch_ahead(size_t n) const;
+
     const RegularBlock& _block;
     std::vector<Column> _columns;
+    bool _hasGrain = false;
+    bool _hasAge = false;
+    // The sample of the last line written.
+    mutable size_t _lastNode = 0;
     mutable double _grain = 0.;
     mutable char _grainText[MP_NUMBER_CHARS] = {};
     // 0 before the first grain size is written.

@@ -15,9 +15,11 @@ RegularBlockGrid::RegularBlockGrid(const RegularBlock& block, bool facies, bool 
     setUndefinedText(undefined);
     if (facies)
         _columns.push_back(FACIES);
-    if (grain && block.grain.size() == block.size())
+    _hasGrain = grain && block.grain.size() == block.size();
+    _hasAge = age && block.age.size() == block.size();
+    if (_hasGrain)
         _columns.push_back(GRAIN);
-    if (age && block.age.size() == block.size())
+    if (_hasAge)
         _columns.push_back(AGE);
 }
 
@@ -32,9 +34,27 @@ char* RegularBlockGrid::put_grain(char* out, double grain) const
     return std::copy(_grainText, _grainText + _grainLength, out);
 }
 
+void RegularBlockGrid::prefetch_ahead(size_t n) const
+{
+    // Lines mostly step across columns, a column's height apart, at a steady
+    // step: the samples that many lines on are asked for now, so that each
+    // line does not wait on memory.
+    const auto at = static_cast<std::ptrdiff_t>(n);
+    const std::ptrdiff_t ahead = at + MP_LINES_AHEAD * (at - static_cast<std::ptrdiff_t>(_lastNode));
+    _lastNode = n;
+    if (ahead == at || ahead < 0 || static_cast<size_t>(ahead) >= _block.size())
+        return;
+    __builtin_prefetch(_block.facies.data() + ahead);
+    if (_hasGrain)
+        __builtin_prefetch(_block.grain.data() + ahead);
+    if (_hasAge)
+        __builtin_prefetch(_block.age.data() + ahead);
+}
+
 void RegularBlockGrid::append_node_line(std::string& text, int i, int j, int k) const
 {
     const size_t n = _block.index(i, j, k);
+    prefetch_ahead(n);
     if (_block.is_void(n))
     {
         for (size_t c = 0; c < _columns.size(); ++c)

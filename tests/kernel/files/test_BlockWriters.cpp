@@ -157,4 +157,31 @@ TEST(BlockWriters, F2GLinesOfTheBlockValueByValue)
     const std::string text = read_file(dir.file("b.f2g"));
     EXPECT_EQ(text.substr(text.find("F2G_VALUES")), expected);
     EXPECT_NE(expected.find("3 -0 1e+06\n4 -0 1.23457e+06\n5 0 4.29497e+09\n"), std::string::npos);
+
+    // Walked in any order, the lines are those of the same values in grids of doubles.
+    const RegularBlock tall = small_block(0.);
+    RegularBlockGrid from_block(tall, true, true, true, "-99");
+    GridReal facies(tall.geometry), grain(tall.geometry), age(tall.geometry);
+    for (GridReal* column : {&facies, &grain, &age})
+        column->setUndefinedText("-99");
+    for (int i = 0; i < tall.nx(); ++i)
+        for (int j = 0; j < tall.ny(); ++j)
+            for (int k = 0; k < tall.nz(); ++k)
+                if (!tall.is_void(tall.index(i, j, k)))
+                {
+                    facies.set_at(i, j, k, tall.facies[tall.index(i, j, k)] & 15);
+                    grain.set_at(i, j, k, tall.grain[tall.index(i, j, k)]);
+                    age.set_at(i, j, k, tall.age[tall.index(i, j, k)]);
+                }
+    ASSERT_TRUE(facies.add_variable(&grain) && facies.add_variable(&age));
+    for (const std::string order : {"+Y +X +Z", "-Y -X -Z", "+Z -Y +X", "-X +Z -Y"})
+    {
+        ASSERT_TRUE(from_block.write(dir.file("b.f2g"), nullptr, GRID_FORMAT_F2G, order));
+        ASSERT_TRUE(facies.write(dir.file("g.f2g"), nullptr, GRID_FORMAT_F2G, order));
+        const std::string block_text = read_file(dir.file("b.f2g"));
+        const std::string grid_text = read_file(dir.file("g.f2g"));
+        EXPECT_EQ(block_text.substr(block_text.find("F2G_VALUES")),
+                  grid_text.substr(grid_text.find("F2G_VALUES")))
+            << order;
+    }
 }
