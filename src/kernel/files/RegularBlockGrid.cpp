@@ -81,7 +81,7 @@ void RegularBlockGrid::append_node_line(std::string& text, int i, int j, int k) 
             out = put_number(out, static_cast<double>(_block.age[n]));
     }
     *out++ = '\n';
-    text.append(line, out);
+    text.append(line, static_cast<size_t>(out - line));
 }
 
 std::vector<std::pair<std::string, std::string>> RegularBlockGrid::columns() const
