@@ -73,7 +73,8 @@ char* put_whole(char* out, int value)
 char* GridReal::put_number(char* out, double value)
 {
     // Whole values of at most six digits are written as they stand, which is
-    // what to_chars writes too, at a fraction of its cost; -0 keeps its sign there.
+    // what to_chars writes too, at a fraction of its cost; -0 is left to
+    // to_chars, which keeps its sign.
     if (value > -1e6 && value < 1e6)
     {
         const int whole = static_cast<int>(value);
