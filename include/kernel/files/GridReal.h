@@ -139,10 +139,15 @@ protected:
     virtual std::vector<std::pair<std::string, std::string>> columns() const;
     // Room for any number put_number writes.
     static constexpr int MP_NUMBER_CHARS = 32;
+    // Whole values below this in magnitude have six digits at most: put_number writes them as they stand.
+    static constexpr int MP_WHOLE_LIMIT = 1000000;
     // Six significant digits in the shortest of fixed and scientific forms.
     static void append_number(std::string& text, double value);
     // The same text written at `out`, which has MP_NUMBER_CHARS of room; answers its end.
     static char* put_number(char* out, double value);
+    // The digits of a whole number below a million in magnitude, its sign
+    // first: what put_number writes of it.
+    static char* put_whole(char* out, int value);
 
     std::vector<double> _values;
     double _min;

@@ -45,10 +45,7 @@ bool GridReal::write(const std::string& path, iTracer* tracer, int format, const
     }
 }
 
-namespace
-{
-// The digits of a whole number below a million in magnitude, its sign first.
-char* put_whole(char* out, int value)
+char* GridReal::put_whole(char* out, int value)
 {
     if (value < 0)
         *out++ = '-';
@@ -65,7 +62,6 @@ char* put_whole(char* out, int value)
         *out++ = digits[--count];
     return out;
 }
-} // namespace
 
 // Six significant digits in the shortest of fixed and scientific forms, as a
 // default-formatted stream writes them, but without the stream's cost per
@@ -75,7 +71,7 @@ char* GridReal::put_number(char* out, double value)
     // Whole values of at most six digits are written as they stand, which is
     // what to_chars writes too, at a fraction of its cost; -0 is left to
     // to_chars, which keeps its sign.
-    if (value > -1e6 && value < 1e6)
+    if (value > -MP_WHOLE_LIMIT && value < MP_WHOLE_LIMIT)
     {
         const int whole = static_cast<int>(value);
         if (whole == value && (whole != 0 || !std::signbit(value)))

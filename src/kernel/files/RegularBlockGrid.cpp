@@ -4,6 +4,7 @@
 #include "kernel/geometry/RegularBlock.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 
 RegularBlockGrid::RegularBlockGrid(const RegularBlock& block, bool facies, bool grain, bool age,
@@ -74,9 +75,11 @@ void RegularBlockGrid::append_node_line(std::string& text, int i, int j, int k) 
         if (c > 0)
             *out++ = ' ';
         if (_columns[c] == FACIES)
-            out = put_number(out, static_cast<double>(Facies::family(_block.facies[n])));
+            out = put_whole(out, Facies::family(_block.facies[n]));
         else if (_columns[c] == GRAIN)
             out = put_grain(out, _block.grain[n]);
+        else if (_block.age[n] < static_cast<uint32_t>(MP_WHOLE_LIMIT))
+            out = put_whole(out, static_cast<int>(_block.age[n]));
         else
             out = put_number(out, static_cast<double>(_block.age[n]));
     }
