@@ -429,6 +429,21 @@ void Channel::section_vertices_2D(std::vector<double>& out) const
 
 // ---------------------------------------------------------------- moving channel
 
+namespace
+{
+void prefetch_columns(const Domain& domain, const std::vector<std::pair<int, int>>& cells)
+{
+    for (const auto& cell : cells)
+        domain.getObject(cell.first, cell.second).prefetch();
+}
+
+void prefetch_top_units(const Domain& domain, const std::vector<std::pair<int, int>>& cells)
+{
+    for (const auto& cell : cells)
+        domain.getObject(cell.first, cell.second).prefetch_top_unit();
+}
+} // namespace
+
 void Channel::update_section(Domain* domain, MassBalance* mb, const ChannelPoint* cp1,
                              const ChannelPoint* cp2, unsigned int age, Facies facies, bool erode,
                              double limit, const std::vector<std::pair<int, int>>& cells)
@@ -625,10 +640,20 @@ void Channel::lay_sections(Domain* domain, MassBalance* mb, unsigned int age, Fa
     std::unique_ptr<VariableGrainPass> pass;
     if (variable)
         pass = std::make_unique<VariableGrainPass>(_mc);
-    std::size_t k = 0;
-    for (ChannelPoint* cp = _first->next(); cp != nullptr; cp = cp->next(), ++k)
+    ChannelPoint* cp = _first->next();
+    if (cp == nullptr)
+        return;
+    // The nodes of each section are found one section ahead and their
+    // columns asked of the cache then, so that the wait for them overlaps the
+    // work on the section before.
+    prefetch_columns(*domain, section_nodes(0, _first, cp, *domain));
+    for (std::size_t k = 0; cp != nullptr; cp = cp->next(), ++k)
     {
-        const auto& cells = section_nodes(k, cp->prev(), cp, *domain);
+        prefetch_top_units(*domain, _section_nodes[k].nodes);
+        if (cp->next() != nullptr)
+            prefetch_columns(*domain, section_nodes(k + 1, cp, cp->next(), *domain));
+        // Indexed again: finding the next section's nodes may have moved the entries.
+        const auto& cells = _section_nodes[k].nodes;
         if (variable)
             update_section_new(domain, mb, cp->prev(), cp, age, facies, erode, cells, *pass);
         else
