@@ -643,16 +643,24 @@ void Channel::lay_sections(Domain* domain, MassBalance* mb, unsigned int age, Fa
     ChannelPoint* cp = _first->next();
     if (cp == nullptr)
         return;
-    // The nodes of each section are found one section ahead and their
-    // columns asked of the cache then, so that the wait for them overlaps the
-    // work on the section before.
+    // A column's fields come from memory, and only then its top unit: the
+    // nodes of each section are found two sections ahead, their columns
+    // asked of the cache then and their top units one section later, so
+    // that each wait overlaps the work on the sections before.
     prefetch_columns(*domain, section_nodes(0, _first, cp, *domain));
+    if (cp->next() != nullptr)
+        prefetch_columns(*domain, section_nodes(1, cp, cp->next(), *domain));
+    prefetch_top_units(*domain, _section_nodes[0].nodes);
     for (std::size_t k = 0; cp != nullptr; cp = cp->next(), ++k)
     {
-        prefetch_top_units(*domain, _section_nodes[k].nodes);
-        if (cp->next() != nullptr)
-            prefetch_columns(*domain, section_nodes(k + 1, cp, cp->next(), *domain));
-        // Indexed again: finding the next section's nodes may have moved the entries.
+        const ChannelPoint* next = cp->next();
+        if (next != nullptr)
+        {
+            prefetch_top_units(*domain, _section_nodes[k + 1].nodes);
+            if (next->next() != nullptr)
+                prefetch_columns(*domain, section_nodes(k + 2, next, next->next(), *domain));
+        }
+        // Indexed again: finding the nodes ahead may have moved the entries.
         const auto& cells = _section_nodes[k].nodes;
         if (variable)
             update_section_new(domain, mb, cp->prev(), cp, age, facies, erode, cells, *pass);
