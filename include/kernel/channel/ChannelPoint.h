@@ -121,7 +121,6 @@ private:
 
     double _slope;
     double _hmean;
-    Flow _flow;
     double _curvature;
     double _ds;
     double _s;
@@ -131,6 +130,9 @@ private:
     iChannelWell* _well;
     int _status;
     MeanderCalculator const* _mc;
+    // Last: the sweeps along the chain read the position, spacing and normal
+    // of each point, which then share its first cache lines.
+    Flow _flow;
 };
 
 std::ostream& operator<<(std::ostream& out, const ChannelPoint& cp);

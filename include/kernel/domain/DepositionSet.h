@@ -35,6 +35,21 @@ public:
     void set_flat_delta(double delta) override;
     void adopt_flat_delta(double delta);
 
+    // Asks the cache for what a deposit or an erosion of this column reads,
+    // ahead of the visit: the channel's imprint walks its nodes in a known order.
+    void prefetch() const
+    {
+        __builtin_prefetch(&_zbot);
+        __builtin_prefetch(&_remaining);
+        __builtin_prefetch(&_well);
+    }
+    // The same for the top unit, which a deposit extends or an erosion cuts.
+    void prefetch_top_unit() const
+    {
+        if (!_units.empty())
+            __builtin_prefetch(&_units.back());
+    }
+
     double get_topo_rel(bool with_water) const { return with_water ? _ztop + _water_depth : _ztop; }
     double get_topo_geo(bool with_water) const
     {
@@ -129,16 +144,19 @@ private:
     void tell_well_eroded_down();
     void tell_well_eroded_up();
 
+    // What a deposit or an erosion reads and writes comes first, next to the
+    // elevations and units it inherits, so that it spans as few cache lines
+    // as it can: the channel's imprint visits thousands of columns per pass.
     Facies _facies;
-    uint32_t _age = 0;
     bool _under_channel = false;
+    uint32_t _age = 0;
     double _water_depth = 0.;
-    std::vector<double> _erod{1e30};
+    double _remaining = 0.;
     int _erod_index = 0;
     double _erod_dz = 1e30;
     double _erod_z0 = 0.;
     iColumnWell* _well = nullptr;
+    std::vector<double> _erod{1e30};
     double _topo_altered = 0.;
-    double _remaining = 0.;
     double _tecto = 0.;
 };

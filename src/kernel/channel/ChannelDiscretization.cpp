@@ -17,35 +17,45 @@ namespace
 {
 constexpr double MAX_ABSCISSA = 1e6;
 
-// The chord turned a quarter to the left.
-Vector2D rotated_chord(const Vector2D& b)
+// Vector2D::normalize with the vector's length already known: the sweep
+// measures every segment once, as the distance between its ends, which is
+// the same hypot of the same differences.
+constexpr double MIN_NORMALIZABLE_LENGTH = 1e-6;
+
+Vector2D normalized(const Vector2D& v, double length)
 {
-    Vector2D n = b;
-    n.normalize();
+    Vector2D n = v;
+    if (length > MIN_NORMALIZABLE_LENGTH)
+        n /= length;
+    return n;
+}
+
+// The chord, of length `length`, turned a quarter to the left.
+Vector2D rotated_chord(const Vector2D& b, double length)
+{
+    Vector2D n = normalized(b, length);
     n.rotate_half_pi();
     return n;
 }
 
-// Unit normal at a point, pointing to the left of the downstream direction.
-Vector2D point_normal(const Point2D& prev, const Point2D& cp, const Point2D& next)
+// Unit normal at a point, pointing to the left of the downstream direction;
+// `length_a` and `length_b` are the lengths of prev-cp and cp-next.
+Vector2D point_normal(const Point2D& prev, const Point2D& cp, const Point2D& next, double length_a,
+                      double length_b)
 {
     const Vector2D a(prev, cp);
     const Vector2D b(cp, next);
     const Vector2D c(prev, next);
     Vector2D n;
     if (std::fabs(a.vectorial(b)) < MP_EPSILON)
-        n = rotated_chord(b);
+        n = rotated_chord(b, length_b);
     else
     {
         // The outer bisector of the bend.
-        Vector2D ua = a;
-        Vector2D ub = b;
-        ua.normalize();
-        ub.normalize();
-        n = Vector2D(ua - ub);
+        n = Vector2D(normalized(a, length_a) - normalized(b, length_b));
         n.normalize();
         if (n.scalar(n) < MP_EPSILON)
-            n = rotated_chord(b);
+            n = rotated_chord(b, length_b);
     }
     if (a.vectorial(c) > 0.)
         n *= -1.;
@@ -113,6 +123,8 @@ void Channel::discretization()
 
     ChannelPoint* cp = _first->next();
     Point2D prev = *_first;
+    // discretize_segment leaves in ds the distance from cp to its (new) next point.
+    double ds_before = ds;
     while (cp != _last)
     {
         next = cp->next();
@@ -122,8 +134,9 @@ void Channel::discretization()
         next->ds(ds);
         next->s(cp->s() + ds);
         check_abscissa(next->s());
-        cp->normal(point_normal(prev, *cp, *next));
+        cp->normal(point_normal(prev, *cp, *next, ds_before, ds));
         prev = *cp;
+        ds_before = ds;
         cp = next;
     }
 

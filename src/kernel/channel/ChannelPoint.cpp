@@ -45,7 +45,7 @@ ChannelPoint::ChannelPoint(MeanderCalculator const* mc, const std::vector<double
 
 ChannelPoint::ChannelPoint(MeanderCalculator const* mc, const std::vector<double>& proportions, double width,
                            const Point3D& position, ChannelPoint* prev, ChannelPoint* next)
-    : LinkedElement1D<Point3D>(position), _flow(mc), _mc(mc)
+    : LinkedElement1D<Point3D>(position), _mc(mc), _flow(mc)
 {
     init_fields();
     link_between(this, prev, next);
@@ -55,9 +55,9 @@ ChannelPoint::ChannelPoint(MeanderCalculator const* mc, const std::vector<double
 ChannelPoint::ChannelPoint(MeanderCalculator const* mc, const ChannelPoint& other, ChannelPoint* prev,
                            ChannelPoint* next)
     : LinkedElement1D<Point3D>(static_cast<const Point3D&>(other)), _slope(other._slope),
-      _hmean(other._hmean), _flow(mc, other._flow), _curvature(other._curvature), _ds(other._ds),
-      _s(other._s), _normal(other._normal), _aggrad_increase(other._aggrad_increase),
-      _mig_factor(other._mig_factor), _well(nullptr), _status(POINT_FREE), _mc(mc)
+      _hmean(other._hmean), _curvature(other._curvature), _ds(other._ds), _s(other._s),
+      _normal(other._normal), _aggrad_increase(other._aggrad_increase), _mig_factor(other._mig_factor),
+      _well(nullptr), _status(POINT_FREE), _mc(mc), _flow(mc, other._flow)
 {
     link_between(this, prev, next);
 }

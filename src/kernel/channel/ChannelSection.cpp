@@ -429,6 +429,21 @@ void Channel::section_vertices_2D(std::vector<double>& out) const
 
 // ---------------------------------------------------------------- moving channel
 
+namespace
+{
+void prefetch_columns(const Domain& domain, const std::vector<std::pair<int, int>>& cells)
+{
+    for (const auto& cell : cells)
+        domain.getObject(cell.first, cell.second).prefetch();
+}
+
+void prefetch_top_units(const Domain& domain, const std::vector<std::pair<int, int>>& cells)
+{
+    for (const auto& cell : cells)
+        domain.getObject(cell.first, cell.second).prefetch_top_unit();
+}
+} // namespace
+
 void Channel::update_section(Domain* domain, MassBalance* mb, const ChannelPoint* cp1,
                              const ChannelPoint* cp2, unsigned int age, Facies facies, bool erode,
                              double limit, const std::vector<std::pair<int, int>>& cells)
@@ -625,10 +640,28 @@ void Channel::lay_sections(Domain* domain, MassBalance* mb, unsigned int age, Fa
     std::unique_ptr<VariableGrainPass> pass;
     if (variable)
         pass = std::make_unique<VariableGrainPass>(_mc);
-    std::size_t k = 0;
-    for (ChannelPoint* cp = _first->next(); cp != nullptr; cp = cp->next(), ++k)
+    ChannelPoint* cp = _first->next();
+    if (cp == nullptr)
+        return;
+    // A column's fields come from memory, and only then its top unit: the
+    // nodes of each section are found two sections ahead, their columns
+    // asked of the cache then and their top units one section later, so
+    // that each wait overlaps the work on the sections before.
+    prefetch_columns(*domain, section_nodes(0, _first, cp, *domain));
+    if (cp->next() != nullptr)
+        prefetch_columns(*domain, section_nodes(1, cp, cp->next(), *domain));
+    prefetch_top_units(*domain, _section_nodes[0].nodes);
+    for (std::size_t k = 0; cp != nullptr; cp = cp->next(), ++k)
     {
-        const auto& cells = section_nodes(k, cp->prev(), cp, *domain);
+        const ChannelPoint* next = cp->next();
+        if (next != nullptr)
+        {
+            prefetch_top_units(*domain, _section_nodes[k + 1].nodes);
+            if (next->next() != nullptr)
+                prefetch_columns(*domain, section_nodes(k + 2, next, next->next(), *domain));
+        }
+        // Indexed again: finding the nodes ahead may have moved the entries.
+        const auto& cells = _section_nodes[k].nodes;
         if (variable)
             update_section_new(domain, mb, cp->prev(), cp, age, facies, erode, cells, *pass);
         else

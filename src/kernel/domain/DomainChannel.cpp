@@ -35,8 +35,15 @@ double plane(double slope)
 
 void Domain::make_point_bar(const std::vector<ChannelGridPoint>& points, unsigned int age)
 {
-    for (const ChannelGridPoint& p : points)
+    // Columns are asked of the cache a few points ahead of their visit.
+    constexpr std::size_t AHEAD = 4;
+    for (std::size_t k = 0; k < std::min(AHEAD, points.size()); ++k)
+        getObject(points[k].ix, points[k].iy).prefetch();
+    for (std::size_t k = 0; k < points.size(); ++k)
     {
+        if (k + AHEAD < points.size())
+            getObject(points[k + AHEAD].ix, points[k + AHEAD].iy).prefetch();
+        const ChannelGridPoint& p = points[k];
         DepositionSet& stack = getObject(p.ix, p.iy);
         const double wd = stack.water_depth();
         if (wd == 0. || stack.is_under_channel())

@@ -1,7 +1,9 @@
 // Resampling of a centerline to its spacing limits, abscissae and normals.
 
 #include "kernel/channel/Channel.h"
+#include "kernel/common/Constants.h"
 #include "kernel/common/Tracer.h"
+#include "kernel/geometry/Vector2D.h"
 #include "kernel/parameters/MeanderCalculator.h"
 #include "kernel/parameters/Parameters.h"
 
@@ -49,6 +51,31 @@ std::vector<Point2D> positions(const Channel& ch)
     return out;
 }
 
+// The normal at cp from the three positions alone, every length measured
+// afresh: the sweep, which reuses the lengths it has measured, must agree bit
+// for bit, also where it has just added or removed points.
+Vector2D fresh_normal(const Point2D& prev, const Point2D& cp, const Point2D& next)
+{
+    const Vector2D a(prev, cp);
+    const Vector2D b(cp, next);
+    Vector2D chord = b;
+    chord.normalize();
+    chord.rotate_half_pi();
+    Vector2D n = chord;
+    if (std::fabs(a.vectorial(b)) >= MP_EPSILON)
+    {
+        Vector2D ua = a;
+        Vector2D ub = b;
+        n = Vector2D(ua.normalize() - ub.normalize());
+        n.normalize();
+        if (n.scalar(n) < MP_EPSILON)
+            n = chord;
+    }
+    if (a.vectorial(Vector2D(prev, next)) > 0.)
+        n *= -1.;
+    return n;
+}
+
 // Everything a sweep promises: links, spacing, abscissae and unit normals.
 // The last point counts its segment twice, unless the sweep removed the
 // former last point for being too close.
@@ -75,6 +102,8 @@ void expect_discretized(const Channel& ch, const std::string& when, bool last_do
     EXPECT_EQ(n, ch.number_of_points());
     for (const ChannelPoint* cp = ch.first(); cp != nullptr; cp = cp->next())
         EXPECT_NEAR(std::hypot(cp->normal().get_abscissa(), cp->normal().get_ordinate()), 1., 1e-9);
+    for (const ChannelPoint* cp = ch.first()->next(); cp != ch.last(); cp = cp->next())
+        EXPECT_EQ(cp->normal(), fresh_normal(*cp->prev(), *cp, *cp->next())) << "point " << ch.index(cp);
 }
 
 } // namespace
