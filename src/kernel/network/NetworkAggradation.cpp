@@ -34,6 +34,18 @@ template <typename Op> void each_flood_field(AggradInfo& a, const AggradInfo& b,
 // The neighbours of a map node, in the order in which they may feed it.
 const int FEEDER_OFFSETS[8][2] = {{0, -1}, {0, 1}, {-1, 0}, {-1, -1}, {-1, 1}, {1, 0}, {1, -1}, {1, 1}};
 // Bit k of a mask stands for the neighbour at FEEDER_OFFSETS[k].
+// How many nodes ahead of its turn a flood record is fetched.
+constexpr std::size_t PREFETCH_AHEAD = 8;
+
+// Asks for every cache line of `object` ahead of its use.
+template <typename T> void prefetch_for_write(const T* object)
+{
+    constexpr std::size_t LINE = 64;
+    const char* bytes = reinterpret_cast<const char*>(object);
+    for (std::size_t offset = 0; offset < sizeof(T); offset += LINE)
+        __builtin_prefetch(bytes + offset, 1);
+    __builtin_prefetch(bytes + sizeof(T) - 1, 1);
+}
 
 int margin_x(const Domain& domain)
 {
@@ -511,8 +523,14 @@ void Network::compute_aggrad_map(int ny_below, const std::vector<ChannelGridPoin
     }
 
     std::vector<FloodDeposit> deposits;
-    for (const int index : order.nodes)
+    const std::size_t count = order.nodes.size();
+    for (std::size_t n = 0; n < count; ++n)
     {
+        // The nodes come in no memory order: the record of a node that can
+        // already be fed is asked for ahead of its turn.
+        if (n + PREFETCH_AHEAD < count && feeders[order.nodes[n + PREFETCH_AHEAD]] != 0)
+            prefetch_for_write(info + order.nodes[n + PREFETCH_AHEAD]);
+        const int index = order.nodes[n];
         const unsigned char mask = feeders[index];
         if (mask == 0)
             continue;
@@ -530,8 +548,15 @@ void Network::compute_aggrad_map(int ny_below, const std::vector<ChannelGridPoin
         MP_ASSERT_TEXT(!std::isnan(d), "!std::isnan(d)");
         deposits.push_back(FloodDeposit{&_domain->getObject(di, dj), rec.th * d, flood_facies(rec.gr)});
     }
-    for (const FloodDeposit& deposit : deposits)
+    // Laid in the flood's order (the mass balance sums them in it), the
+    // columns fetched ahead as the records were.
+    for (std::size_t n = 0; n < deposits.size(); ++n)
+    {
+        if (n + PREFETCH_AHEAD < deposits.size())
+            prefetch_for_write(deposits[n + PREFETCH_AHEAD].set);
+        const FloodDeposit& deposit = deposits[n];
         deposit.set->deposit_thickness(deposit.thickness, deposit.facies, _iteration, _mb);
+    }
 }
 
 // One node at a time; the flood reads the whole map at once, to the same values.
