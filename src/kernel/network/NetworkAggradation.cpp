@@ -209,9 +209,13 @@ bool AggradInfo::add(const AggradInfo& feeder, AggradInfo& sum)
     const double delta = feeder.dch - dch;
     MP_ASSERT_TEXT(delta < 0., "delta < 0");
     MP_ASSERT_TEXT(feeder.thdec > 0., "mean.thdec > 0");
+    MP_ASSERT_TEXT(feeder.grdec > 0., "grdec > 0");
+    // The surface only falls on the way (the factor is at most 1): land above
+    // the feeder's surface turns the offer down without it.
+    if (z > feeder.zmax && feeder_thmax >= 0. && std::isfinite(feeder_thmax))
+        return false;
     const double thmax_here = std::exp(delta / feeder.thdec) * feeder_thmax;
     const double zmax_here = feeder.zmax - (feeder_thmax - thmax_here);
-    MP_ASSERT_TEXT(feeder.grdec > 0., "grdec > 0");
     if (z > zmax_here)
         return false;
 
