@@ -31,9 +31,10 @@ template <typename Op> void each_flood_field(AggradInfo& a, const AggradInfo& b,
     op(a.grdec, b.grdec);
 }
 
-// The neighbours of a map node, in the order in which they may feed it.
+// The neighbours of a map node, in the order in which they may feed it; bit
+// k of a mask stands for the neighbour at FEEDER_OFFSETS[k].
 const int FEEDER_OFFSETS[8][2] = {{0, -1}, {0, 1}, {-1, 0}, {-1, -1}, {-1, 1}, {1, 0}, {1, -1}, {1, 1}};
-// Bit k of a mask stands for the neighbour at FEEDER_OFFSETS[k].
+
 // How many nodes ahead of its turn a flood record is fetched.
 constexpr std::size_t PREFETCH_AHEAD = 8;
 
