@@ -83,6 +83,10 @@ public:
     static bool margin_idx(int n, int& i, int& m);
     double get_topo_extrapolated(bool rel, bool with_water, int i, int j, int mx = MP_UNDEF_INT,
                                  int my = MP_UNDEF_INT, bool flatten = false) const override;
+    // get_topo_extrapolated(rel, with_water, i0 + a, j0 + b, mx, my, flatten) of every node (a, b)
+    // of an nx by ny window, row by row into `out`; the columns are read once, in row order.
+    void fill_topo_extrapolated(bool rel, bool with_water, int i0, int j0, int nx, int ny, int mx, int my,
+                                bool flatten, std::vector<double>& out) const;
     double get_erodibility_extrapolated(int i, int j) const;
     double get_topo_neigh_dry(int i, int j) const;
     // The surface on which new courses are sought, lowered where erodibility is high.

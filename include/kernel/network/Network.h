@@ -255,6 +255,8 @@ private:
     // `mask` (bit k: the k-th neighbour in feeding order) and that are
     // strictly closer to the channel; true when it takes one thick enough to lay.
     bool take_flood(AggradInfo& local, unsigned char mask);
+    // The neighbours of map node (i, j) that are on the map, as a mask of take_flood.
+    unsigned char in_map_neighbours(int i, int j) const;
     bool install_channel(const std::vector<Point3D>& points);
     // Traces the error of a failed channel creation; answers false.
     bool creation_failed(const std::string& text) const;
@@ -332,5 +334,7 @@ private:
     // -- events --
     double _ep_elevation = 100000.;
     std::unique_ptr<Grid2D<AggradInfo>> _amap;
+    // The land under the flood map, kept between floods for its storage.
+    std::vector<double> _flood_land;
     // -- end events --
 };

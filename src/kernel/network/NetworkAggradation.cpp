@@ -31,10 +31,22 @@ template <typename Op> void each_flood_field(AggradInfo& a, const AggradInfo& b,
     op(a.grdec, b.grdec);
 }
 
-// The neighbours of a map node, in the order in which they may feed it.
+// The neighbours of a map node, in the order in which they may feed it; bit
+// k of a mask stands for the neighbour at FEEDER_OFFSETS[k].
 const int FEEDER_OFFSETS[8][2] = {{0, -1}, {0, 1}, {-1, 0}, {-1, -1}, {-1, 1}, {1, 0}, {1, -1}, {1, 1}};
-// Bit k of a mask stands for the neighbour at FEEDER_OFFSETS[k].
-constexpr unsigned char ALL_FEEDERS = 0xFF;
+
+// How many nodes ahead of its turn a flood record is fetched.
+constexpr std::size_t PREFETCH_AHEAD = 8;
+
+// Asks for every cache line of `object` ahead of its use.
+template <typename T> void prefetch_for_write(const T* object)
+{
+    constexpr std::size_t LINE = 64;
+    const char* bytes = reinterpret_cast<const char*>(object);
+    for (std::size_t offset = 0; offset < sizeof(T); offset += LINE)
+        __builtin_prefetch(bytes + offset, 1);
+    __builtin_prefetch(bytes + sizeof(T) - 1, 1);
+}
 
 int margin_x(const Domain& domain)
 {
@@ -181,44 +193,62 @@ void AggradInfo::decrease(double delta)
 
 // Summing values in `sum` and squares here makes the final ratio a
 // contraharmonic mean, in which thick feeders weigh more than thin ones.
+// The feeder's flood is carried here as decrease() does, field by field and
+// only as far as needed: most offers are turned down on the way.
 bool AggradInfo::add(const AggradInfo& feeder, AggradInfo& sum)
 {
     MP_ASSERT_TEXT(status == 0, "mean.status == 0");
     MP_ASSERT_TEXT(feeder.status != -1, "feeder.status != -1");
     MP_ASSERT_TEXT(feeder.dch < dch, "feeder.dch < dch");
-    // Most offers fail on thickness alone: they are turned down before any copy.
+    // A source floods by the height of its surface above this node.
+    const bool source = feeder.status == -2;
     const double source_th = feeder.zmax - z;
-    if (feeder.status == -2 ? source_th < min_th : feeder.th < min_th)
+    if (source ? source_th < min_th : feeder.th < min_th)
         return false;
-    AggradInfo fi = feeder;
-    if (feeder.status == -2)
-    {
-        fi.thmax = fi.th = source_th;
-        fi.status = 0;
-    }
+    const double feeder_thmax = source ? source_th : feeder.thmax;
 
     const double delta = feeder.dch - dch;
-    fi.decrease(delta);
-    if (z > fi.zmax)
+    MP_ASSERT_TEXT(delta < 0., "delta < 0");
+    MP_ASSERT_TEXT(feeder.thdec > 0., "mean.thdec > 0");
+    MP_ASSERT_TEXT(feeder.grdec > 0., "grdec > 0");
+    // The surface only falls on the way (the factor is at most 1): land above
+    // the feeder's surface turns the offer down without it.
+    if (z > feeder.zmax && feeder_thmax >= 0. && std::isfinite(feeder_thmax))
+        return false;
+    const double thmax_here = std::exp(delta / feeder.thdec) * feeder_thmax;
+    const double zmax_here = feeder.zmax - (feeder_thmax - thmax_here);
+    if (z > zmax_here)
         return false;
 
     // Rising ground takes a share of the flood on top of the lower surface.
-    double th_here = fi.th;
-    const double w = std::exp(delta / (2. * feeder.thdec));
-    if (th_here + z > feeder.th * w + feeder.z && z > feeder.z)
+    double th_here = thmax_here;
+    if (z > feeder.z)
     {
-        th_here -= w * (z - feeder.z);
-        if (th_here < 0.)
-            return false;
+        const double w = std::exp(delta / (2. * feeder.thdec));
+        if (th_here + z > feeder.th * w + feeder.z)
+        {
+            th_here -= w * (z - feeder.z);
+            if (th_here < 0.)
+                return false;
+        }
     }
-    if (z + th_here > fi.zmax)
-        th_here = fi.zmax - z;
-    fi.th = th_here;
-    MP_ASSERT_TEXT(fi.th >= 0., "fi.th >= 0");
+    if (z + th_here > zmax_here)
+        th_here = zmax_here - z;
+    MP_ASSERT_TEXT(th_here >= 0., "fi.th >= 0");
+    const double gr_here = feeder.gr * std::exp(delta / feeder.grdec);
 
-    sum += fi;
-    fi *= fi;
-    *this += fi;
+    auto accumulate = [](double& total, double& squares, double value)
+    {
+        total += value;
+        squares += value * value;
+    };
+    accumulate(sum.thdec, thdec, feeder.thdec);
+    accumulate(sum.thmax, thmax, thmax_here);
+    accumulate(sum.th, th, th_here);
+    accumulate(sum.ratio, ratio, feeder.ratio);
+    accumulate(sum.zmax, zmax, zmax_here);
+    accumulate(sum.gr, gr, gr_here);
+    accumulate(sum.grdec, grdec, feeder.grdec);
     return true;
 }
 
@@ -450,7 +480,10 @@ void Network::compute_aggrad_map(int ny_below, const std::vector<ChannelGridPoin
 
     // A record gets its place, distance and land elevation when the flood
     // comes to it; nothing is laid before the whole map is computed, so the
-    // land it reads is the land of the start of the flood.
+    // land it reads is the land of the start of the flood, read here at once.
+    const int mx = (nx - _domain->getNx()) / 2;
+    const int my = std::max(ny_below, ny - _domain->getNy() - ny_below);
+    _domain->fill_topo_extrapolated(true, true, -mx, -ny_below, nx, ny, mx, my, true, _flood_land);
     AggradInfo* info = _amap->pointer(0, 0);
     auto place = [&](int index)
     {
@@ -458,23 +491,31 @@ void Network::compute_aggrad_map(int ny_below, const std::vector<ChannelGridPoin
         rec.i = index % nx;
         rec.j = index / nx;
         rec.dch = order.distance(index);
-        rec.z = flood_map_elevation(rec.i, rec.j, ny_below);
+        rec.z = _flood_land[index];
     };
 
     // Only a live node (a source, or one that took a flood) can feed another:
     // each live node marks itself in its neighbours' masks, and a node whose
     // mask is empty when its turn comes cannot be fed and is left unreached.
     std::vector<unsigned char> feeders(_amap->node_count(), 0);
-    auto mark_neighbours = [&](int index)
+    int steps[8];
+    for (int k = 0; k < 8; ++k)
+        steps[k] = FEEDER_OFFSETS[k][1] * nx + FEEDER_OFFSETS[k][0];
+    auto mark_neighbours = [&](const AggradInfo& rec)
     {
-        const int i = index % nx;
-        const int j = index / nx;
+        const int index = rec.j * nx + rec.i;
+        if (rec.i > 0 && rec.i < nx - 1 && rec.j > 0 && rec.j < ny - 1)
+        {
+            for (int k = 0; k < 8; ++k)
+                feeders[index - steps[k]] |= static_cast<unsigned char>(1u << k);
+            return;
+        }
         for (int k = 0; k < 8; ++k)
         {
-            const int ni = i - FEEDER_OFFSETS[k][0];
-            const int nj = j - FEEDER_OFFSETS[k][1];
+            const int ni = rec.i - FEEDER_OFFSETS[k][0];
+            const int nj = rec.j - FEEDER_OFFSETS[k][1];
             if (ni >= 0 && ni < nx && nj >= 0 && nj < ny)
-                feeders[static_cast<std::size_t>(nj) * nx + ni] |= static_cast<unsigned char>(1u << k);
+                feeders[index - steps[k]] |= static_cast<unsigned char>(1u << k);
         }
     };
     for (const ChannelGridPoint& pt : pts)
@@ -483,13 +524,18 @@ void Network::compute_aggrad_map(int ny_below, const std::vector<ChannelGridPoin
         if (info[index].status != -2)
             continue;
         place(index);
-        mark_neighbours(index);
+        mark_neighbours(info[index]);
     }
 
-    const int mx = (nx - _domain->getNx()) / 2;
     std::vector<FloodDeposit> deposits;
-    for (const int index : order.nodes)
+    const std::size_t count = order.nodes.size();
+    for (std::size_t n = 0; n < count; ++n)
     {
+        // The nodes come in no memory order: the record of a node that can
+        // already be fed is asked for ahead of its turn.
+        if (n + PREFETCH_AHEAD < count && feeders[order.nodes[n + PREFETCH_AHEAD]] != 0)
+            prefetch_for_write(info + order.nodes[n + PREFETCH_AHEAD]);
+        const int index = order.nodes[n];
         const unsigned char mask = feeders[index];
         if (mask == 0)
             continue;
@@ -498,7 +544,7 @@ void Network::compute_aggrad_map(int ny_below, const std::vector<ChannelGridPoin
             place(index);
         if (!take_flood(rec, mask))
             continue;
-        mark_neighbours(index);
+        mark_neighbours(rec);
         const int di = rec.i - mx;
         const int dj = rec.j - ny_below;
         if (!_domain->isValid(di, dj))
@@ -507,10 +553,18 @@ void Network::compute_aggrad_map(int ny_below, const std::vector<ChannelGridPoin
         MP_ASSERT_TEXT(!std::isnan(d), "!std::isnan(d)");
         deposits.push_back(FloodDeposit{&_domain->getObject(di, dj), rec.th * d, flood_facies(rec.gr)});
     }
-    for (const FloodDeposit& deposit : deposits)
+    // Laid in the flood's order (the mass balance sums them in it), the
+    // columns fetched ahead as the records were.
+    for (std::size_t n = 0; n < deposits.size(); ++n)
+    {
+        if (n + PREFETCH_AHEAD < deposits.size())
+            prefetch_for_write(deposits[n + PREFETCH_AHEAD].set);
+        const FloodDeposit& deposit = deposits[n];
         deposit.set->deposit_thickness(deposit.thickness, deposit.facies, _iteration, _mb);
+    }
 }
 
+// One node at a time; the flood reads the whole map at once, to the same values.
 double Network::flood_map_elevation(int i, int j, int ny_below) const
 {
     const int mx = (_amap->getNx() - _domain->getNx()) / 2;
@@ -522,10 +576,23 @@ double Network::flood_map_elevation(int i, int j, int ny_below) const
 bool Network::compute_deposit(AggradInfo* local)
 {
     MP_ASSERT_TEXT(local != nullptr, "local != NULL");
-    return take_flood(*local, ALL_FEEDERS);
+    return take_flood(*local, _amap != nullptr ? in_map_neighbours(local->i, local->j) : 0);
 }
 
-// A neighbour out of `mask` is one that cannot feed: unreached, or dry.
+unsigned char Network::in_map_neighbours(int i, int j) const
+{
+    unsigned char mask = 0;
+    for (int k = 0; k < 8; ++k)
+    {
+        const int ni = i + FEEDER_OFFSETS[k][0];
+        const int nj = j + FEEDER_OFFSETS[k][1];
+        if (ni >= 0 && ni < _amap->getNx() && nj >= 0 && nj < _amap->getNy())
+            mask |= static_cast<unsigned char>(1u << k);
+    }
+    return mask;
+}
+
+// A neighbour out of `mask` is one that cannot feed: off the map, unreached, or dry.
 bool Network::take_flood(AggradInfo& local, unsigned char mask)
 {
     if (local.status == -2 || local.status == 0)
@@ -537,18 +604,13 @@ bool Network::take_flood(AggradInfo& local, unsigned char mask)
     mean.status = 0;
     AggradInfo sum = mean;
     const int nx = _amap->getNx();
-    const int ny = _amap->getNy();
-    const AggradInfo* map = _amap->pointer(0, 0);
+    const AggradInfo* here = _amap->pointer(0, 0) + (static_cast<std::ptrdiff_t>(local.j) * nx + local.i);
     bool fed = false;
     for (int k = 0; k < 8; ++k)
     {
         if ((mask & (1u << k)) == 0)
             continue;
-        const int i = local.i + FEEDER_OFFSETS[k][0];
-        const int j = local.j + FEEDER_OFFSETS[k][1];
-        if (i < 0 || i >= nx || j < 0 || j >= ny)
-            continue;
-        const AggradInfo& neighbour = map[static_cast<std::size_t>(j) * nx + i];
+        const AggradInfo& neighbour = here[FEEDER_OFFSETS[k][1] * nx + FEEDER_OFFSETS[k][0]];
         if (neighbour.dch < local.dch && mean.add(neighbour, sum))
             fed = true;
     }

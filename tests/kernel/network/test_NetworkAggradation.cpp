@@ -370,12 +370,41 @@ TEST_F(AggradationTest, MapFollowsTheChannelInYAndReachesTheMarginsInX)
     EXPECT_NEAR(network->flood_map_elevation(mx + 3, 31 + 4, ny_below), TOP, 1e-9);
     EXPECT_NEAR(network->flood_map_elevation(0, 0, ny_below), TOP, 1e-9);
 
+    // On uneven, partly flooded land, the whole map read at once gives each
+    // node's value to the bit, margins and rows beyond the domain included.
+    for (int j = 0; j < NY; ++j)
+        for (int i = 0; i < NX; ++i)
+        {
+            domain->getObject(i, j).deposit_thickness(0.01 * ((i * 7 + j * 13) % 23),
+                                                      Facies(Draping::_fd.id(), 1), 0u, &mb);
+            if ((i + 2 * j) % 5 == 0)
+                domain->getObject(i, j).water_depth(0.1 * (i % 4));
+        }
+    auto expect_whole_map_read_as_nodes = [&](int below)
+    {
+        domain->compute_border_zmin();
+        domain->compute_border_zmax();
+        const Grid2D<AggradInfo>& m = *network->aggrad_map();
+        const int my = std::max(below, m.getNy() - NY - below);
+        std::vector<double> land;
+        domain->fill_topo_extrapolated(true, true, -mx, -below, m.getNx(), m.getNy(), mx, my, true, land);
+        ASSERT_EQ(land.size(), m.node_count());
+        int differ = 0;
+        for (int j = 0; j < m.getNy(); ++j)
+            for (int i = 0; i < m.getNx(); ++i)
+                differ += land[static_cast<std::size_t>(j) * m.getNx() + i] !=
+                          network->flood_map_elevation(i, j, below);
+        EXPECT_EQ(differ, 0) << "ny_below " << below;
+    };
+    expect_whole_map_read_as_nodes(ny_below);
+
     // Far above: the rows above the domain follow it.
     straight(NY * DX + 205., TOP);
     network->create_aggrad_map(ny_below, points);
     ASSERT_NE(network->aggrad_map(), nullptr);
     EXPECT_EQ(ny_below, 1);
     EXPECT_EQ(network->aggrad_map()->getNy(), NY + 1 + 22); // trunc(220 / 10)
+    expect_whole_map_read_as_nodes(ny_below);
     EXPECT_TRUE(g_trace.empty()) << g_trace;
 
     // Beyond the margins in x: no wet node, no map, the info text.
