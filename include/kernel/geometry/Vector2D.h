@@ -16,4 +16,6 @@ public:
     // Unit length, unless the vector is too short to have a direction (1e-6),
     // in which case it is left as it is.
     Vector2D& normalize();
+    // The same, for a caller that has already measured the length.
+    Vector2D& normalize(double length);
 };

@@ -17,17 +17,12 @@ namespace
 {
 constexpr double MAX_ABSCISSA = 1e6;
 
-// Vector2D::normalize with the vector's length already known: the sweep
-// measures every segment once, as the distance between its ends, which is
-// the same hypot of the same differences.
-constexpr double MIN_NORMALIZABLE_LENGTH = 1e-6;
-
+// The sweep measures every segment once, as the distance between its ends:
+// the same length a normalisation would measure.
 Vector2D normalized(const Vector2D& v, double length)
 {
     Vector2D n = v;
-    if (length > MIN_NORMALIZABLE_LENGTH)
-        n /= length;
-    return n;
+    return n.normalize(length);
 }
 
 // The chord, of length `length`, turned a quarter to the left.

@@ -14,7 +14,11 @@ double Vector2D::length() const
 
 Vector2D& Vector2D::normalize()
 {
-    const double len = length();
+    return normalize(length());
+}
+
+Vector2D& Vector2D::normalize(double len)
+{
     if (len > MIN_NORMALIZABLE_LENGTH)
         *this /= len;
     return *this;
