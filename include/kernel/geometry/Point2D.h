@@ -31,7 +31,14 @@ public:
     }
 
     // Inline: these sit in the innermost loops of the channel's imprint.
-    double distance(const Point2D& other) const { return std::hypot(_x - other._x, _y - other._y); }
+    // The same plain root as Vector2D::length, so that a segment measured
+    // either way has the same length.
+    double distance(const Point2D& other) const
+    {
+        const double dx = _x - other._x;
+        const double dy = _y - other._y;
+        return std::sqrt(dx * dx + dy * dy);
+    }
     double scalar(const Point2D& other) const { return _x * other._x + _y * other._y; }
     // Two-dimensional cross product: x * other.y - y * other.x.
     double vectorial(const Point2D& other) const { return _x * other._y - _y * other._x; }
