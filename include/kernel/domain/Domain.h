@@ -204,6 +204,8 @@ private:
     bool flattening_value(int i, int j, double& value) const;
     double topo_value(bool rel, bool with_water, int i, int j) const;
     template <typename Value>
+    double topo_node(const Value& value, bool rel, int i, int j, int mx, int my, bool flatten) const;
+    template <typename Value>
     double extrapolate(const Value& value, int i, int j, int mx, int my, bool clamp, double zmin,
                        double zmax) const;
     void error(const std::string& text) const;

@@ -101,12 +101,13 @@ double Domain::extrapolate(const Value& value, int i, int j, int mx, int my, boo
     return z;
 }
 
-double Domain::get_topo_extrapolated(bool rel, bool with_water, int i, int j, int mx, int my,
-                                     bool flatten) const
+// A node's topography: `value` on the grid, its extrapolation beyond.
+template <typename Value>
+double Domain::topo_node(const Value& value, bool rel, int i, int j, int mx, int my, bool flatten) const
 {
     const double slope_term = flatten && !rel ? i * _dx * _slope_x + j * _dy * _slope_y : 0.;
     if (isValid(i, j))
-        return topo_value(rel, with_water, i, j) - slope_term;
+        return value(i, j) - slope_term;
 
     if (mx == MP_UNDEF_INT)
         mx = _mx;
@@ -119,8 +120,14 @@ double Domain::get_topo_extrapolated(bool rel, bool with_water, int i, int j, in
         warning("Domain border elevations not yet computed... Is there any valid domain?");
         MP_ASSERT(false);
     }
-    auto value = [&](int a, int b) { return topo_value(rel, with_water, a, b); };
     return extrapolate(value, i, j, mx, my, true, zmin, zmax) - slope_term;
+}
+
+double Domain::get_topo_extrapolated(bool rel, bool with_water, int i, int j, int mx, int my,
+                                     bool flatten) const
+{
+    auto value = [&](int a, int b) { return topo_value(rel, with_water, a, b); };
+    return topo_node(value, rel, i, j, mx, my, flatten);
 }
 
 // The same values as get_topo_extrapolated, node by node, but each column is
@@ -135,31 +142,10 @@ void Domain::fill_topo_extrapolated(bool rel, bool with_water, int i0, int j0, i
         for (int i = 0; i < _nx; ++i)
             grid[static_cast<std::size_t>(j) * _nx + i] = topo_value(rel, with_water, i, j);
     auto value = [&](int a, int b) { return grid[static_cast<std::size_t>(b) * _nx + a]; };
-
-    if (mx == MP_UNDEF_INT)
-        mx = _mx;
-    if (my == MP_UNDEF_INT)
-        my = _my;
-    const double zmin = rel ? _zmin_border : _zmin_border_altered;
-    const double zmax = rel ? _zmax_border : _zmax_border_altered;
-    const bool borders_known = zmin != MP_MAX_REAL_VALUE && zmax != MP_MIN_REAL_VALUE;
     double* node = out.data();
     for (int j = j0; j < j0 + ny; ++j)
         for (int i = i0; i < i0 + nx; ++i)
-        {
-            const double slope_term = flatten && !rel ? i * _dx * _slope_x + j * _dy * _slope_y : 0.;
-            if (isValid(i, j))
-            {
-                *node++ = value(i, j) - slope_term;
-                continue;
-            }
-            if (!borders_known)
-            {
-                warning("Domain border elevations not yet computed... Is there any valid domain?");
-                MP_ASSERT(false);
-            }
-            *node++ = extrapolate(value, i, j, mx, my, true, zmin, zmax) - slope_term;
-        }
+            *node++ = topo_node(value, rel, i, j, mx, my, flatten);
 }
 
 double Domain::get_erodibility_extrapolated(int i, int j) const
