@@ -73,6 +73,20 @@ struct AggradInfo
     double grdec = 1.;
 };
 
+// The vectors (|x|, |y|), x < width and y < height, of a grid of meshes
+// dx, dy, ranked by their length: equal lengths share a rank.
+struct FloodDistanceRanks
+{
+    double dx = 0.;
+    double dy = 0.;
+    std::size_t width = 0;
+    std::size_t height = 0;
+    // By pair, at y * width + x.
+    std::vector<int> pair_rank;
+    // By rank.
+    std::vector<double> rank_distance;
+};
+
 // A channel point with its elevation and its distance to the equilibrium elevation.
 struct AbsElevationInfo
 {
@@ -356,13 +370,12 @@ private:
         std::vector<double> land;
         Grid2D<IPos> vectors;
         std::vector<long long> lengths;
-        // The nodes by distance to the channel, each node's rank of distance
-        // and the distance of each rank, and the work of their sort.
+        // The nodes by distance to the channel and each node's rank of
+        // distance; the ranks, kept while the meshes stay and the box holds;
+        // the counts of the nodes' sort.
         std::vector<int> nodes;
         std::vector<int> node_rank;
-        std::vector<double> rank_distance;
-        std::vector<int> pair_rank;
-        std::vector<std::pair<double, std::size_t>> distances;
+        FloodDistanceRanks ranks;
         std::vector<int> rank_start;
         std::vector<unsigned char> feeders;
         std::vector<FloodDeposit> deposits;

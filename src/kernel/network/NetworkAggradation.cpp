@@ -58,28 +58,50 @@ long long length2(const IPos& p)
     return static_cast<long long>(p.x) * p.x + static_cast<long long>(p.y) * p.y;
 }
 
+// Ranks by distance every vector (|x|, |y|) of a box of pairs on a grid of
+// meshes dx, dy; equal distances share a rank.
+void rank_pairs(std::size_t width, std::size_t height, double dx, double dy, FloodDistanceRanks& ranks)
+{
+    std::vector<std::pair<double, std::size_t>> distances;
+    distances.reserve(width * height);
+    for (std::size_t y = 0; y < height; ++y)
+        for (std::size_t x = 0; x < width; ++x)
+        {
+            const double ax = static_cast<int>(x) * dx;
+            const double ay = static_cast<int>(y) * dy;
+            distances.emplace_back(std::sqrt(ax * ax + ay * ay), y * width + x);
+        }
+    std::sort(distances.begin(), distances.end());
+    ranks.pair_rank.assign(width * height, 0);
+    ranks.rank_distance.clear();
+    for (const auto& d : distances)
+    {
+        if (ranks.rank_distance.empty() || d.first != ranks.rank_distance.back())
+            ranks.rank_distance.push_back(d.first);
+        ranks.pair_rank[d.second] = static_cast<int>(ranks.rank_distance.size()) - 1;
+    }
+    ranks.dx = dx;
+    ranks.dy = dy;
+    ranks.width = width;
+    ranks.height = height;
+}
+
 // The map nodes in increasing distance to the channel, ties by index, and
 // the distance of each. A distance depends only on |x| and |y| of the vector
-// to the nearest source (a negated product squares to the same bits), and
-// there are few of them: they are worked out once per pair, ranked, and the
+// to the nearest source (a negated product squares to the same bits): every
+// pair of the map's box is ranked once, kept from flood to flood, and the
 // nodes counted into their rank (a counting sort, stable in index order).
-// The order's vectors and the sort's work are the caller's, kept between floods.
+// The order's vectors are the caller's, kept between floods.
 struct DistanceOrder
 {
     std::vector<int>& nodes;
     std::vector<int>& node_rank;
-    std::vector<double>& rank_distance;
+    const std::vector<double>& rank_distance;
     double distance(int index) const { return rank_distance[node_rank[index]]; }
 };
 
-struct DistanceSortWork
-{
-    std::vector<int>& rank;
-    std::vector<std::pair<double, std::size_t>>& distances;
-    std::vector<int>& start;
-};
-
-void nodes_by_distance(const Grid2D<IPos>& vectors, DistanceSortWork work, DistanceOrder& order)
+void nodes_by_distance(const Grid2D<IPos>& vectors, FloodDistanceRanks& ranks, std::vector<int>& start,
+                       DistanceOrder& order)
 {
     const int n = static_cast<int>(vectors.node_count());
     const IPos* v = vectors.pointer(0, 0);
@@ -89,42 +111,21 @@ void nodes_by_distance(const Grid2D<IPos>& vectors, DistanceSortWork work, Dista
         wx = std::max(wx, std::abs(v[k].x));
         wy = std::max(wy, std::abs(v[k].y));
     }
-    const std::size_t width = static_cast<std::size_t>(wx) + 1;
+    const double dx = vectors.getDx();
+    const double dy = vectors.getDy();
+    if (ranks.dx != dx || ranks.dy != dy || ranks.width <= static_cast<std::size_t>(wx) ||
+        ranks.height <= static_cast<std::size_t>(wy))
+        rank_pairs(static_cast<std::size_t>(std::max(wx + 1, vectors.getNx())),
+                   static_cast<std::size_t>(std::max(wy + 1, vectors.getNy())), dx, dy, ranks);
+    const std::size_t width = ranks.width;
     auto pair_of = [&](const IPos& p)
     { return static_cast<std::size_t>(std::abs(p.y)) * width + std::abs(p.x); };
 
-    // Rank of each pair's distance; -1 for pairs no node has.
-    std::vector<int>& rank = work.rank;
-    rank.assign(width * (static_cast<std::size_t>(wy) + 1), -1);
-    std::vector<std::pair<double, std::size_t>>& distances = work.distances;
-    distances.clear();
-    const double dx = vectors.getDx();
-    const double dy = vectors.getDy();
-    for (int k = 0; k < n; ++k)
-    {
-        const std::size_t p = pair_of(v[k]);
-        if (rank[p] >= 0)
-            continue;
-        rank[p] = 0;
-        const double ax = std::abs(v[k].x) * dx;
-        const double ay = std::abs(v[k].y) * dy;
-        distances.emplace_back(std::sqrt(ax * ax + ay * ay), p);
-    }
-    std::sort(distances.begin(), distances.end());
-    order.rank_distance.clear();
-    for (const auto& d : distances)
-    {
-        if (order.rank_distance.empty() || d.first != order.rank_distance.back())
-            order.rank_distance.push_back(d.first);
-        rank[d.second] = static_cast<int>(order.rank_distance.size()) - 1;
-    }
-
-    std::vector<int>& start = work.start;
-    start.assign(order.rank_distance.size() + 1, 0);
+    start.assign(ranks.rank_distance.size() + 1, 0);
     order.node_rank.resize(static_cast<std::size_t>(n));
     for (int k = 0; k < n; ++k)
     {
-        const int r = rank[pair_of(v[k])];
+        const int r = ranks.pair_rank[pair_of(v[k])];
         order.node_rank[k] = r;
         ++start[r + 1];
     }
@@ -498,7 +499,7 @@ void Network::compute_aggrad_map(int ny_below, const std::vector<ChannelGridPoin
     MP_ASSERT(dy > 0);
     MP_ASSERT(nx > 0 && ny > 0);
 
-    DistanceOrder order{_flood.nodes, _flood.node_rank, _flood.rank_distance};
+    DistanceOrder order{_flood.nodes, _flood.node_rank, _flood.ranks.rank_distance};
     {
         Grid2D<IPos>& vectors = _flood.vectors;
         if (!vectors.isAllocated() ||
@@ -512,8 +513,7 @@ void Network::compute_aggrad_map(int ny_below, const std::vector<ChannelGridPoin
             vectors.getObject(pt.ix, pt.iy) = IPos{0, 0};
         }
         danielsson(vectors, _flood.lengths);
-        nodes_by_distance(vectors, DistanceSortWork{_flood.pair_rank, _flood.distances, _flood.rank_start},
-                          order);
+        nodes_by_distance(vectors, _flood.ranks, _flood.rank_start, order);
     }
 
     // A record gets its place, distance and land elevation when the flood
