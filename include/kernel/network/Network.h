@@ -21,6 +21,7 @@
 #include <vector>
 
 class Centerline;
+class DepositionSet;
 class Domain;
 class MassBalance;
 class MeanderCalculator;
@@ -70,6 +71,20 @@ struct AggradInfo
     double zmax = 0.;
     double gr = 0.;
     double grdec = 1.;
+};
+
+// The vectors (|x|, |y|), x < width and y < height, of a grid of meshes
+// dx, dy, ranked by their length: equal lengths share a rank.
+struct FloodDistanceRanks
+{
+    double dx = 0.;
+    double dy = 0.;
+    std::size_t width = 0;
+    std::size_t height = 0;
+    // By pair, at y * width + x.
+    std::vector<int> pair_rank;
+    // By rank.
+    std::vector<double> rank_distance;
 };
 
 // A channel point with its elevation and its distance to the equilibrium elevation.
@@ -257,6 +272,10 @@ private:
     bool take_flood(AggradInfo& local, unsigned char mask);
     // The neighbours of map node (i, j) that are on the map, as a mask of take_flood.
     unsigned char in_map_neighbours(int i, int j) const;
+    // Takes the flood map out of use (aggrad_map() is null again).
+    void release_aggrad_map();
+    // danielsson with the squared lengths kept in `lengths`.
+    void danielsson(Grid2D<IPos>& vectors, std::vector<long long>& lengths) const;
     bool install_channel(const std::vector<Point3D>& points);
     // Traces the error of a failed channel creation; answers false.
     bool creation_failed(const std::string& text) const;
@@ -334,7 +353,33 @@ private:
     // -- events --
     double _ep_elevation = 100000.;
     std::unique_ptr<Grid2D<AggradInfo>> _amap;
-    // The land under the flood map, kept between floods for its storage.
-    std::vector<double> _flood_land;
+    // A flood's deposit on a domain node, laid once the whole map is computed.
+    struct FloodDeposit
+    {
+        DepositionSet* set;
+        double thickness;
+        Facies facies;
+    };
+    // What a flood works with besides its map. A flood reaches most of a map
+    // of tens of thousands of nodes: this and the last map are kept from one
+    // flood to the next for their storage, the map for the next of its geometry.
+    struct FloodScratch
+    {
+        std::unique_ptr<Grid2D<AggradInfo>> map;
+        // The land under the flood map.
+        std::vector<double> land;
+        Grid2D<IPos> vectors;
+        std::vector<long long> lengths;
+        // The nodes by distance to the channel and each node's rank of
+        // distance; the ranks, kept while the meshes stay and the box holds;
+        // the counts of the nodes' sort.
+        std::vector<int> nodes;
+        std::vector<int> node_rank;
+        FloodDistanceRanks ranks;
+        std::vector<int> rank_start;
+        std::vector<unsigned char> feeders;
+        std::vector<FloodDeposit> deposits;
+    };
+    FloodScratch _flood;
     // -- end events --
 };

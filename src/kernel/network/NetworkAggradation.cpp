@@ -58,20 +58,50 @@ long long length2(const IPos& p)
     return static_cast<long long>(p.x) * p.x + static_cast<long long>(p.y) * p.y;
 }
 
+// Ranks by distance every vector (|x|, |y|) of a box of pairs on a grid of
+// meshes dx, dy; equal distances share a rank.
+void rank_pairs(std::size_t width, std::size_t height, double dx, double dy, FloodDistanceRanks& ranks)
+{
+    std::vector<std::pair<double, std::size_t>> distances;
+    distances.reserve(width * height);
+    for (std::size_t y = 0; y < height; ++y)
+        for (std::size_t x = 0; x < width; ++x)
+        {
+            const double ax = static_cast<int>(x) * dx;
+            const double ay = static_cast<int>(y) * dy;
+            distances.emplace_back(std::sqrt(ax * ax + ay * ay), y * width + x);
+        }
+    std::sort(distances.begin(), distances.end());
+    ranks.pair_rank.assign(width * height, 0);
+    ranks.rank_distance.clear();
+    for (const auto& d : distances)
+    {
+        if (ranks.rank_distance.empty() || d.first != ranks.rank_distance.back())
+            ranks.rank_distance.push_back(d.first);
+        ranks.pair_rank[d.second] = static_cast<int>(ranks.rank_distance.size()) - 1;
+    }
+    ranks.dx = dx;
+    ranks.dy = dy;
+    ranks.width = width;
+    ranks.height = height;
+}
+
 // The map nodes in increasing distance to the channel, ties by index, and
 // the distance of each. A distance depends only on |x| and |y| of the vector
-// to the nearest source (a negated product squares to the same bits), and
-// there are few of them: they are worked out once per pair, ranked, and the
+// to the nearest source (a negated product squares to the same bits): every
+// pair of the map's box is ranked once, kept from flood to flood, and the
 // nodes counted into their rank (a counting sort, stable in index order).
+// The order's vectors are the caller's, kept between floods.
 struct DistanceOrder
 {
-    std::vector<int> nodes;
-    std::vector<int> node_rank;
-    std::vector<double> rank_distance;
+    std::vector<int>& nodes;
+    std::vector<int>& node_rank;
+    const std::vector<double>& rank_distance;
     double distance(int index) const { return rank_distance[node_rank[index]]; }
 };
 
-DistanceOrder nodes_by_distance(const Grid2D<IPos>& vectors)
+void nodes_by_distance(const Grid2D<IPos>& vectors, FloodDistanceRanks& ranks, std::vector<int>& start,
+                       DistanceOrder& order)
 {
     const int n = static_cast<int>(vectors.node_count());
     const IPos* v = vectors.pointer(0, 0);
@@ -81,39 +111,21 @@ DistanceOrder nodes_by_distance(const Grid2D<IPos>& vectors)
         wx = std::max(wx, std::abs(v[k].x));
         wy = std::max(wy, std::abs(v[k].y));
     }
-    const std::size_t width = static_cast<std::size_t>(wx) + 1;
+    const double dx = vectors.getDx();
+    const double dy = vectors.getDy();
+    if (ranks.dx != dx || ranks.dy != dy || ranks.width <= static_cast<std::size_t>(wx) ||
+        ranks.height <= static_cast<std::size_t>(wy))
+        rank_pairs(static_cast<std::size_t>(std::max(wx + 1, vectors.getNx())),
+                   static_cast<std::size_t>(std::max(wy + 1, vectors.getNy())), dx, dy, ranks);
+    const std::size_t width = ranks.width;
     auto pair_of = [&](const IPos& p)
     { return static_cast<std::size_t>(std::abs(p.y)) * width + std::abs(p.x); };
 
-    // Rank of each pair's distance; -1 for pairs no node has.
-    std::vector<int> rank(width * (static_cast<std::size_t>(wy) + 1), -1);
-    std::vector<std::pair<double, std::size_t>> distances;
-    const double dx = vectors.getDx();
-    const double dy = vectors.getDy();
-    for (int k = 0; k < n; ++k)
-    {
-        const std::size_t p = pair_of(v[k]);
-        if (rank[p] >= 0)
-            continue;
-        rank[p] = 0;
-        const double ax = std::abs(v[k].x) * dx;
-        const double ay = std::abs(v[k].y) * dy;
-        distances.emplace_back(std::sqrt(ax * ax + ay * ay), p);
-    }
-    std::sort(distances.begin(), distances.end());
-    DistanceOrder order;
-    for (const auto& d : distances)
-    {
-        if (order.rank_distance.empty() || d.first != order.rank_distance.back())
-            order.rank_distance.push_back(d.first);
-        rank[d.second] = static_cast<int>(order.rank_distance.size()) - 1;
-    }
-
-    std::vector<int> start(order.rank_distance.size() + 1, 0);
+    start.assign(ranks.rank_distance.size() + 1, 0);
     order.node_rank.resize(static_cast<std::size_t>(n));
     for (int k = 0; k < n; ++k)
     {
-        const int r = rank[pair_of(v[k])];
+        const int r = ranks.pair_rank[pair_of(v[k])];
         order.node_rank[k] = r;
         ++start[r + 1];
     }
@@ -122,16 +134,14 @@ DistanceOrder nodes_by_distance(const Grid2D<IPos>& vectors)
     order.nodes.resize(static_cast<std::size_t>(n));
     for (int k = 0; k < n; ++k)
         order.nodes[start[order.node_rank[k]]++] = k;
-    return order;
 }
 
-// A flood's deposit on a domain node, laid once the whole map is computed.
-struct FloodDeposit
+// Whether `grid` has the geometry of the flood map of these parameters.
+bool has_map_geometry(const GridParams& grid, double dx, double dy, int nx, int ny, double x0, double y0)
 {
-    DepositionSet* set;
-    double thickness;
-    Facies facies;
-};
+    return grid.getDx() == dx && grid.getDy() == dy && grid.getNx() == nx && grid.getNy() == ny &&
+           grid.getX0() == x0 && grid.getY0() == y0 && grid.getRotation() == 0.;
+}
 
 // Overbank fines, coarser ones near the channel making the levee.
 Facies flood_facies(double granulo)
@@ -347,7 +357,7 @@ void Network::end_ghost_migration()
 
 void Network::create_aggrad_map(int& ny_below, std::vector<ChannelGridPoint>& points)
 {
-    _amap.reset();
+    release_aggrad_map();
     if (_domain == nullptr || _ch == nullptr)
         return;
     const double dx = _domain->getDx();
@@ -364,8 +374,20 @@ void Network::create_aggrad_map(int& ny_below, std::vector<ChannelGridPoint>& po
     if (ymax > ny * dy)
         ny_above = static_cast<int>((ymax - ny * dy) / dy);
     const int mx = margin_x(*_domain);
-    _amap = std::make_unique<Grid2D<AggradInfo>>(dx, dy, nx + 2 * mx, ny + ny_below + ny_above, -mx * dx,
-                                                 -ny_below * dy);
+    const int map_nx = nx + 2 * mx;
+    const int map_ny = ny + ny_below + ny_above;
+    std::unique_ptr<Grid2D<AggradInfo>>& last = _flood.map;
+    if (last != nullptr && last->isAllocated() &&
+        has_map_geometry(*last, dx, dy, map_nx, map_ny, -mx * dx, -ny_below * dy))
+    {
+        _amap = std::move(last);
+        _amap->initialize(AggradInfo());
+    }
+    else
+    {
+        last.reset();
+        _amap = std::make_unique<Grid2D<AggradInfo>>(dx, dy, map_nx, map_ny, -mx * dx, -ny_below * dy);
+    }
 
     points.clear();
     points.reserve(10 * static_cast<std::size_t>(_amap->getNx()));
@@ -377,13 +399,20 @@ void Network::create_aggrad_map(int& ny_below, std::vector<ChannelGridPoint>& po
     {
         if (_tracer != nullptr)
             _tracer->info("   Channel is too far from the domain: no aggradation");
-        _amap.reset();
+        release_aggrad_map();
         return;
     }
 
     // The flood reads the land through the margins' extrapolation.
     _domain->compute_border_zmin();
     _domain->compute_border_zmax();
+}
+
+// Keeps the storage of the map for the next flood of its geometry.
+void Network::release_aggrad_map()
+{
+    if (_amap != nullptr)
+        _flood.map = std::move(_amap);
 }
 
 // Danielsson's vector distance mapping: each node ends with the index vector
@@ -393,6 +422,12 @@ void Network::create_aggrad_map(int& ny_below, std::vector<ChannelGridPoint>& po
 // vectors, the marker's as larger than any.
 void Network::danielsson(Grid2D<IPos>& vectors) const
 {
+    std::vector<long long> lengths;
+    danielsson(vectors, lengths);
+}
+
+void Network::danielsson(Grid2D<IPos>& vectors, std::vector<long long>& lengths) const
+{
     const int nx = vectors.getNx();
     const int ny = vectors.getNy();
     if (nx <= 0 || ny <= 0 || !vectors.isAllocated())
@@ -400,7 +435,7 @@ void Network::danielsson(Grid2D<IPos>& vectors) const
     const int none = nx + 1;
     constexpr long long UNINFORMED = std::numeric_limits<long long>::max();
     IPos* grid = vectors.pointer(0, 0);
-    std::vector<long long> lengths(vectors.node_count());
+    lengths.resize(vectors.node_count());
     for (std::size_t k = 0; k < lengths.size(); ++k)
         lengths[k] = grid[k].x == none && grid[k].y == 0 ? UNINFORMED : length2(grid[k]);
 
@@ -464,9 +499,12 @@ void Network::compute_aggrad_map(int ny_below, const std::vector<ChannelGridPoin
     MP_ASSERT(dy > 0);
     MP_ASSERT(nx > 0 && ny > 0);
 
-    DistanceOrder order;
+    DistanceOrder order{_flood.nodes, _flood.node_rank, _flood.ranks.rank_distance};
     {
-        Grid2D<IPos> vectors(*_amap);
+        Grid2D<IPos>& vectors = _flood.vectors;
+        if (!vectors.isAllocated() ||
+            !has_map_geometry(vectors, dx, dy, nx, ny, _amap->getX0(), _amap->getY0()))
+            vectors.reset(*_amap);
         vectors.initialize(IPos{nx + 1, 0});
         for (const ChannelGridPoint& pt : pts)
         {
@@ -474,8 +512,8 @@ void Network::compute_aggrad_map(int ny_below, const std::vector<ChannelGridPoin
             MP_ASSERT_TEXT(pt.iy >= 0 && pt.iy < ny, "pt->pos.y >= 0 && pt->pos.y < ny");
             vectors.getObject(pt.ix, pt.iy) = IPos{0, 0};
         }
-        danielsson(vectors);
-        order = nodes_by_distance(vectors);
+        danielsson(vectors, _flood.lengths);
+        nodes_by_distance(vectors, _flood.ranks, _flood.rank_start, order);
     }
 
     // A record gets its place, distance and land elevation when the flood
@@ -483,7 +521,7 @@ void Network::compute_aggrad_map(int ny_below, const std::vector<ChannelGridPoin
     // land it reads is the land of the start of the flood, read here at once.
     const int mx = (nx - _domain->getNx()) / 2;
     const int my = std::max(ny_below, ny - _domain->getNy() - ny_below);
-    _domain->fill_topo_extrapolated(true, true, -mx, -ny_below, nx, ny, mx, my, true, _flood_land);
+    _domain->fill_topo_extrapolated(true, true, -mx, -ny_below, nx, ny, mx, my, true, _flood.land);
     AggradInfo* info = _amap->pointer(0, 0);
     auto place = [&](int index)
     {
@@ -491,13 +529,14 @@ void Network::compute_aggrad_map(int ny_below, const std::vector<ChannelGridPoin
         rec.i = index % nx;
         rec.j = index / nx;
         rec.dch = order.distance(index);
-        rec.z = _flood_land[index];
+        rec.z = _flood.land[index];
     };
 
     // Only a live node (a source, or one that took a flood) can feed another:
     // each live node marks itself in its neighbours' masks, and a node whose
     // mask is empty when its turn comes cannot be fed and is left unreached.
-    std::vector<unsigned char> feeders(_amap->node_count(), 0);
+    std::vector<unsigned char>& feeders = _flood.feeders;
+    feeders.assign(_amap->node_count(), 0);
     int steps[8];
     for (int k = 0; k < 8; ++k)
         steps[k] = FEEDER_OFFSETS[k][1] * nx + FEEDER_OFFSETS[k][0];
@@ -527,7 +566,8 @@ void Network::compute_aggrad_map(int ny_below, const std::vector<ChannelGridPoin
         mark_neighbours(info[index]);
     }
 
-    std::vector<FloodDeposit> deposits;
+    std::vector<FloodDeposit>& deposits = _flood.deposits;
+    deposits.clear();
     const std::size_t count = order.nodes.size();
     for (std::size_t n = 0; n < count; ++n)
     {

@@ -121,7 +121,7 @@ void Network::make_overbank(double extension, double grdec, double gr, double h0
         rec.zmax = pt.z + h;
     }
     compute_aggrad_map(ny_below, points);
-    _amap.reset();
+    release_aggrad_map();
     _last_flood_iter = _iteration;
 }
 

@@ -417,6 +417,59 @@ TEST_F(AggradationTest, MapFollowsTheChannelInYAndReachesTheMarginsInX)
         << g_trace;
 }
 
+// The map and the work of a flood are kept from one flood to the next: each
+// flood, after others of the same map geometry or not, starts from default
+// records and spreads by its own channel's distances.
+TEST_F(AggradationTest, FloodsInARowEachStartFromDefaultRecords)
+{
+    for (const double y : {150., 60., 150., -300., 150.})
+    {
+        straight(y, TOP + 1.);
+        int ny_below = 0;
+        std::vector<ChannelGridPoint> points;
+        network->create_aggrad_map(ny_below, points);
+        ASSERT_NE(network->aggrad_map(), nullptr);
+        Grid2D<AggradInfo>& map = *network->aggrad_map();
+        const AggradInfo* rec = map.pointer(0, 0);
+        const AggradInfo fresh;
+        int stale = 0;
+        for (std::size_t k = 0; k < map.node_count(); ++k)
+            stale += rec[k].status != fresh.status || rec[k].th != fresh.th || rec[k].dch != fresh.dch ||
+                     rec[k].thmax != fresh.thmax || rec[k].grdec != fresh.grdec;
+        EXPECT_EQ(stale, 0) << "channel at y " << y;
+        for (const ChannelGridPoint& pt : points)
+        {
+            AggradInfo& source = map.getObject(pt.ix, pt.iy);
+            source.status = -2;
+            source.gr = 0.5;
+            source.thdec = 100.;
+            source.grdec = 100.;
+            source.ratio = 1.;
+            source.zmax = pt.z;
+        }
+        network->compute_aggrad_map(ny_below, points);
+        // Every reached node is at the distance of a mapping on a grid of its own.
+        Grid2D<IPos> vectors(map);
+        vectors.initialize(IPos{map.getNx() + 1, 0});
+        for (const ChannelGridPoint& pt : points)
+            vectors.getObject(pt.ix, pt.iy) = IPos{0, 0};
+        network->danielsson(vectors);
+        int wrong = 0, reached = 0;
+        for (int j = 0; j < map.getNy(); ++j)
+            for (int i = 0; i < map.getNx(); ++i)
+            {
+                if (map.getObject(i, j).status != 0)
+                    continue;
+                ++reached;
+                const double ax = std::abs(vectors.getObject(i, j).x) * DX;
+                const double ay = std::abs(vectors.getObject(i, j).y) * DX;
+                wrong += map.getObject(i, j).dch != std::sqrt(ax * ax + ay * ay);
+            }
+        EXPECT_GT(reached, 0) << "channel at y " << y;
+        EXPECT_EQ(wrong, 0) << "channel at y " << y;
+    }
+}
+
 TEST_F(AggradationTest, ComputeMapAssertsItsInputs)
 {
     std::vector<ChannelGridPoint> none;
