@@ -82,6 +82,14 @@ inline bool meet_row(const Edge& e, double y, RowEdge& out)
     return true;
 }
 
+// A row edge that passes no test of `includes`: a scan may test a fixed
+// number of edges, the ones that play no part in the row left inert.
+inline RowEdge inert()
+{
+    constexpr double INF = std::numeric_limits<double>::infinity();
+    return RowEdge{false, INF, -INF, INF, 0., 0.};
+}
+
 // Rounding tolerance of a slanted row edge at abscissa x.
 inline double tolerance(const RowEdge& r, double x)
 {

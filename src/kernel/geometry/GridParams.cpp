@@ -73,6 +73,9 @@ void scan_quad(const double (&vx)[4], const double (&vy)[4], double min_x, doubl
     const double y_first = std::max(std::min(std::min(vy[0], vy[1]), std::min(vy[2], vy[3])), 0.);
     for (double y = std::max(std::floor(min_y - MARGIN), y_first); y < y_stop; y += 1.)
     {
+        // Four edges always tested: the loop over them then has no exit to foresee.
+        for (RowEdge& r : row)
+            r = edge_scan::inert();
         int active = 0;
         double leftmost = std::numeric_limits<double>::infinity();
         bool bounded = true;
@@ -88,7 +91,7 @@ void scan_quad(const double (&vx)[4], const double (&vy)[4], double min_x, doubl
         }
         if (active == 0)
             continue;
-        auto included = [&](double x) { return edge_scan::includes(row, active, x); };
+        auto included = [&](double x) { return edge_scan::includes(row, 4, x); };
         // The quadrilateral's nodes in a row are contiguous: the first gap ends the row.
         bool found_in_row = false;
         const double first = bounded ? std::max(x_start, std::ceil(leftmost - ROW_TOLERANCE_BOUND)) : x_start;
