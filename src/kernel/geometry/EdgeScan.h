@@ -27,7 +27,9 @@ struct Edge
         x2 = to_x;
         y2 = to_y;
         horizontal = std::fabs(y2 - y1) <= ConvexPolyedra2D::HORIZONTAL_EDGE_TOLERANCE;
-        slope = horizontal ? 0. : (x2 - x1) / (y2 - y1);
+        // Divided in any case and then selected: a third of section edges are horizontal.
+        const double ratio = (x2 - x1) / (y2 - y1);
+        slope = horizontal ? 0. : ratio;
         y_lo = std::min(y1, y2);
         y_hi = std::max(y1, y2);
         ax1 = std::fabs(x1);
