@@ -26,12 +26,10 @@ double round_half_away(double v)
 {
     const double t = static_cast<double>(static_cast<long long>(v));
     const double fraction = v - t; // exact
-    double r = t;
-    if (fraction >= 0.5)
-        r = t + 1.;
-    else if (fraction <= -0.5)
-        r = t - 1.;
-    return std::copysign(r, v);
+    // Selected rather than branched on: the fractions of section corners are random.
+    const double up = fraction >= 0.5 ? 1. : 0.;
+    const double down = fraction <= -0.5 ? 1. : 0.;
+    return std::copysign(t + up - down, v); // exact: |t| + 1 is well below 2^52
 }
 
 void keep_on_grid(const std::vector<Point2D>& points, int nx, int ny, std::vector<std::pair<int, int>>& nodes)
@@ -61,7 +59,7 @@ void scan_quad(const double (&vx)[4], const double (&vy)[4], double min_x, doubl
     using edge_scan::RowEdge;
     Edge edges[4];
     for (int k = 0; k < 4; ++k)
-        edges[k] = Edge::between(vx[k], vy[k], vx[(k + 1) & 3], vy[(k + 1) & 3]);
+        edges[k].set(vx[k], vy[k], vx[(k + 1) & 3], vy[(k + 1) & 3]);
     RowEdge row[4];
 
     const double x_end = max_x + MARGIN;
@@ -69,9 +67,15 @@ void scan_quad(const double (&vx)[4], const double (&vy)[4], double min_x, doubl
     const double x_start = std::floor(min_x - MARGIN);
     const double x_stop = std::min(x_end, static_cast<double>(nx));
     const double reach = std::max(std::fabs(x_start), std::fabs(x_end)) + 1.;
-    const double y_stop = std::min(y_end, static_cast<double>(ny));
-    for (double y = std::max(std::floor(min_y - MARGIN), 0.); y < y_stop; y += 1.)
+    // Rows off the rounded vertices' ordinates meet no edge.
+    const double y_stop = std::min(std::min(y_end, static_cast<double>(ny)),
+                                   std::max(std::max(vy[0], vy[1]), std::max(vy[2], vy[3])) + 1.);
+    const double y_first = std::max(std::min(std::min(vy[0], vy[1]), std::min(vy[2], vy[3])), 0.);
+    for (double y = std::max(std::floor(min_y - MARGIN), y_first); y < y_stop; y += 1.)
     {
+        // Four edges always tested: the loop over them then has no exit to foresee.
+        for (RowEdge& r : row)
+            r = edge_scan::inert();
         int active = 0;
         double leftmost = std::numeric_limits<double>::infinity();
         bool bounded = true;
@@ -81,18 +85,13 @@ void scan_quad(const double (&vx)[4], const double (&vy)[4], double min_x, doubl
             if (!edge_scan::meet_row(e, y, r))
                 continue;
             ++active;
-            if (r.horizontal)
-            {
-                leftmost = std::min(leftmost, r.lo);
-                continue;
-            }
-            leftmost = std::min(leftmost, r.x_edge);
-            if (SLANTED * (r.ax1 + reach + r.bsl) >= ROW_TOLERANCE_BOUND)
-                bounded = false;
+            // A row edge's other-kind abscissa is +inf: the least of both is its own.
+            leftmost = std::min(leftmost, std::min(r.lo, r.x_edge));
+            bounded &= e.horizontal | !(SLANTED * (r.ax1 + reach + r.bsl) >= ROW_TOLERANCE_BOUND);
         }
         if (active == 0)
             continue;
-        auto included = [&](double x) { return edge_scan::includes(row, active, x); };
+        auto included = [&](double x) { return edge_scan::includes(row, 4, x); };
         // The quadrilateral's nodes in a row are contiguous: the first gap ends the row.
         bool found_in_row = false;
         const double first = bounded ? std::max(x_start, std::ceil(leftmost - ROW_TOLERANCE_BOUND)) : x_start;
