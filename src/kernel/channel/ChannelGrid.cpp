@@ -50,14 +50,28 @@ void ChannelGrid::empty_filled_cells()
     _cells.clear();
 }
 
+namespace
+{
+int clamped_index(double value, int size)
+{
+    const int index = static_cast<int>(value);
+    return std::max(0, std::min(index, size - 1));
+}
+} // namespace
+
 void ChannelGrid::initialize(const Channel& channel)
 {
     empty_filled_cells();
+    // ChannelPoint::get_grid_indices node by node, with the grid's shift and
+    // scale formed once: the same operations on the same values.
+    const Point2D shift(-getX0(), -getY0());
+    const Point2D scale(1. / getDx(), 1. / getDy());
     int idx = 0;
     for (ChannelPoint* cp = channel.first(); cp != nullptr; cp = cp->next(), ++idx)
     {
-        IPos cell;
-        cp->get_grid_indices(*this, cell.x, cell.y);
+        Point2D g(cp->get_abscissa(), cp->get_ordinate());
+        g.transform(shift, scale, true);
+        const IPos cell{clamped_index(g.get_abscissa(), _nx), clamped_index(g.get_ordinate(), _ny)};
         _cells.push_back(cell);
         ChannelGridCell& cpis = getObject(cell.x, cell.y);
         // Indices come in increasing order: the cell stays sorted.
