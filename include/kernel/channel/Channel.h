@@ -229,6 +229,9 @@ public:
     // Everything find_grid_points reads, in `out`: two equal records (bit for
     // bit) give the same grid points.
     void grid_points_inputs(const GridParams& geom, std::vector<double>& out) const;
+    // True when `record` already is the record grid_points_inputs would give;
+    // else makes it so and returns false. Stops comparing at the first difference.
+    bool refresh_grid_points_inputs(const GridParams& geom, std::vector<double>& record) const;
     void put_route_on_grid(Grid2D<std::pair<ChannelPoint*, ChannelPoint*>>& grid) const;
     void section_vertices_2D(std::vector<double>& out) const;
 
@@ -284,6 +287,8 @@ private:
                                                           const ChannelPoint* cp2,
                                                           const GridParams& geom) const;
     void collect_grid_points(const GridParams& geom, std::vector<ChannelGridPoint>& out, bool full) const;
+    // The head of the grid points' record, eight values: calculator, half width and grid.
+    void head_inputs(const GridParams& geom, double* values) const;
     void init_scalars(const Channel& other);
     void init_points(const std::vector<Point3D>& points);
     // Rejects a chain too short to be a channel.

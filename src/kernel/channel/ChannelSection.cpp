@@ -346,40 +346,86 @@ void Channel::find_grid_points_new(const GridParams& geom, std::vector<ChannelGr
     collect_grid_points(geom, out, true);
 }
 
-void Channel::grid_points_inputs(const GridParams& geom, std::vector<double>& out) const
+namespace
 {
-    constexpr std::size_t HEAD = 8;
-    constexpr std::size_t PER_POINT = 6;
-    // Written in place, at the length the point count gives (checked as the
-    // chain is walked), and reusing the record's storage.
-    out.resize(HEAD + PER_POINT * static_cast<std::size_t>(std::max(_nb_cp, 0)));
+constexpr std::size_t INPUTS_HEAD = 8;
+constexpr std::size_t INPUTS_PER_POINT = 6;
+
+// INPUTS_PER_POINT values.
+void point_inputs(const ChannelPoint* cp, double* values)
+{
+    values[0] = cp->get_abscissa();
+    values[1] = cp->get_ordinate();
+    values[2] = cp->normal().get_abscissa();
+    values[3] = cp->normal().get_ordinate();
+    values[4] = cp->ds();
+    values[5] = cp->get_elevation();
+}
+} // namespace
+
+void Channel::head_inputs(const GridParams& geom, double* values) const
+{
     // The grid points' flows are built with the calculator.
     double calculator = 0.;
     static_assert(sizeof(_mc) <= sizeof(calculator), "a pointer fits in a double's bits");
     std::memcpy(&calculator, &_mc, sizeof(_mc));
-    double* head = out.data();
-    head[0] = calculator;
-    head[1] = _half_width;
-    head[2] = geom.getX0();
-    head[3] = geom.getY0();
-    head[4] = geom.getDx();
-    head[5] = geom.getDy();
-    head[6] = static_cast<double>(geom.getNx());
-    head[7] = static_cast<double>(geom.getNy());
-    std::size_t end = HEAD;
-    for (const ChannelPoint* cp = _first; cp != nullptr; cp = cp->next(), end += PER_POINT)
+    values[0] = calculator;
+    values[1] = _half_width;
+    values[2] = geom.getX0();
+    values[3] = geom.getY0();
+    values[4] = geom.getDx();
+    values[5] = geom.getDy();
+    values[6] = static_cast<double>(geom.getNx());
+    values[7] = static_cast<double>(geom.getNy());
+}
+
+void Channel::grid_points_inputs(const GridParams& geom, std::vector<double>& out) const
+{
+    // Written in place, at the length the point count gives (checked as the
+    // chain is walked), and reusing the record's storage.
+    out.resize(INPUTS_HEAD + INPUTS_PER_POINT * static_cast<std::size_t>(std::max(_nb_cp, 0)));
+    head_inputs(geom, out.data());
+    std::size_t end = INPUTS_HEAD;
+    for (const ChannelPoint* cp = _first; cp != nullptr; cp = cp->next(), end += INPUTS_PER_POINT)
     {
-        if (end + PER_POINT > out.size())
-            out.resize(end + PER_POINT);
-        double* record = out.data() + end;
-        record[0] = cp->get_abscissa();
-        record[1] = cp->get_ordinate();
-        record[2] = cp->normal().get_abscissa();
-        record[3] = cp->normal().get_ordinate();
-        record[4] = cp->ds();
-        record[5] = cp->get_elevation();
+        if (end + INPUTS_PER_POINT > out.size())
+            out.resize(end + INPUTS_PER_POINT);
+        point_inputs(cp, out.data() + end);
     }
     out.resize(end);
+}
+
+bool Channel::refresh_grid_points_inputs(const GridParams& geom, std::vector<double>& record) const
+{
+    // Compared while it is read, and written over only from the first
+    // difference on: an unchanged channel costs one read of the record.
+    double head[INPUTS_HEAD];
+    head_inputs(geom, head);
+    bool same = record.size() >= INPUTS_HEAD && std::memcmp(record.data(), head, sizeof head) == 0;
+    if (!same)
+    {
+        record.resize(std::max(record.size(), INPUTS_HEAD));
+        std::memcpy(record.data(), head, sizeof head);
+    }
+    std::size_t end = INPUTS_HEAD;
+    for (const ChannelPoint* cp = _first; cp != nullptr; cp = cp->next(), end += INPUTS_PER_POINT)
+    {
+        double values[INPUTS_PER_POINT];
+        point_inputs(cp, values);
+        const bool room = end + INPUTS_PER_POINT <= record.size();
+        if (same && room && std::memcmp(record.data() + end, values, sizeof values) == 0)
+            continue;
+        same = false;
+        if (!room)
+            record.resize(end + INPUTS_PER_POINT);
+        std::memcpy(record.data() + end, values, sizeof values);
+    }
+    if (record.size() != end)
+    {
+        same = false;
+        record.resize(end);
+    }
+    return same;
 }
 
 // The nodes under each section with the channel's elevation there; `full`

@@ -219,12 +219,23 @@ TEST_F(SectionTest, NodesOfASectionAndTheirElevation)
     channel->grid_points_inputs(*domain, record);
     channel->grid_points_inputs(*domain, changed);
     EXPECT_EQ(record, changed);
-    // A record written over a longer or shorter one is the same as a fresh one.
-    for (std::size_t stale : {0u, 3u, 1000u})
+    // A record written over a longer or shorter one is the same as a fresh one;
+    // refreshed, it tells whether it already was, down to its last value and length.
+    std::vector<double> tail = record;
+    tail.push_back(0.);
+    std::vector<double> last = record;
+    last.back() += 1.;
+    std::vector<double> cut(record.begin(), record.end() - 1);
+    for (const std::vector<double>& stale :
+         {std::vector<double>(), std::vector<double>(3, 7.), std::vector<double>(1000, 7.), tail, last, cut})
     {
-        changed.assign(stale, 7.);
+        changed = stale;
         channel->grid_points_inputs(*domain, changed);
-        EXPECT_EQ(record, changed) << stale;
+        EXPECT_EQ(record, changed) << stale.size();
+        changed = stale;
+        EXPECT_FALSE(channel->refresh_grid_points_inputs(*domain, changed)) << stale.size();
+        EXPECT_EQ(record, changed) << stale.size();
+        EXPECT_TRUE(channel->refresh_grid_points_inputs(*domain, changed)) << stale.size();
     }
     auto smaller = make_domain(4, 6, 10.);
     const std::function<void()> changes[] = {
@@ -234,7 +245,10 @@ TEST_F(SectionTest, NodesOfASectionAndTheirElevation)
     {
         same_points(*domain);
         change();
+        std::vector<double> refreshed = record;
+        EXPECT_EQ(channel->refresh_grid_points_inputs(*domain, refreshed), &change == &changes[2]);
         channel->grid_points_inputs(*domain, changed);
+        EXPECT_EQ(refreshed, changed);
         if (&change != &changes[2])
         {
             EXPECT_NE(record, changed);
