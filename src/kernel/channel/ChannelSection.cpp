@@ -17,6 +17,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <cstring>
 #include <memory>
 
@@ -41,6 +42,22 @@ constexpr double UPSTREAM_PLUG_WIDTHS = 12.;
 constexpr double DOWNSTREAM_PLUG_WIDTHS = 6.;
 // Decay rate of the sand fraction over one plug length.
 constexpr double PLUG_DECAY = 3.;
+
+// Bit for bit, as memcmp, but inline: the records compared are short and
+// compared often.
+bool same_bits(const double* a, const double* b, std::size_t n)
+{
+    for (std::size_t k = 0; k < n; ++k)
+    {
+        std::uint64_t x;
+        std::uint64_t y;
+        std::memcpy(&x, a + k, sizeof x);
+        std::memcpy(&y, b + k, sizeof y);
+        if (x != y)
+            return false;
+    }
+    return true;
+}
 
 double clamp01(double t)
 {
@@ -328,7 +345,7 @@ const std::vector<std::pair<int, int>>& Channel::section_nodes(std::size_t k, co
                                                 static_cast<double>(geom.getNx()),
                                                 static_cast<double>(geom.getNy())};
     // Bit for bit: the nodes depend on nothing else.
-    if (entry.known && std::memcmp(entry.key, key, sizeof key) == 0)
+    if (entry.known && same_bits(entry.key, key, SectionNodes::KEY_SIZE))
         return entry.nodes;
     geom.nodes_in_quad(corners, entry.nodes);
     std::memcpy(entry.key, key, sizeof key);
@@ -401,7 +418,7 @@ bool Channel::refresh_grid_points_inputs(const GridParams& geom, std::vector<dou
     // difference on: an unchanged channel costs one read of the record.
     double head[INPUTS_HEAD];
     head_inputs(geom, head);
-    bool same = record.size() >= INPUTS_HEAD && std::memcmp(record.data(), head, sizeof head) == 0;
+    bool same = record.size() >= INPUTS_HEAD && same_bits(record.data(), head, INPUTS_HEAD);
     if (!same)
     {
         record.resize(std::max(record.size(), INPUTS_HEAD));
@@ -413,7 +430,7 @@ bool Channel::refresh_grid_points_inputs(const GridParams& geom, std::vector<dou
         double values[INPUTS_PER_POINT];
         point_inputs(cp, values);
         const bool room = end + INPUTS_PER_POINT <= record.size();
-        if (same && room && std::memcmp(record.data() + end, values, sizeof values) == 0)
+        if (same && room && same_bits(record.data() + end, values, INPUTS_PER_POINT))
             continue;
         same = false;
         if (!room)
