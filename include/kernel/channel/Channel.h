@@ -229,9 +229,6 @@ public:
     // Everything find_grid_points reads, in `out`: two equal records (bit for
     // bit) give the same grid points.
     void grid_points_inputs(const GridParams& geom, std::vector<double>& out) const;
-    // True when `record` already is the record grid_points_inputs would give;
-    // else makes it so and returns false. Stops comparing at the first difference.
-    bool refresh_grid_points_inputs(const GridParams& geom, std::vector<double>& record) const;
     void put_route_on_grid(Grid2D<std::pair<ChannelPoint*, ChannelPoint*>>& grid) const;
     void section_vertices_2D(std::vector<double>& out) const;
 

@@ -412,39 +412,6 @@ void Channel::grid_points_inputs(const GridParams& geom, std::vector<double>& ou
     out.resize(end);
 }
 
-bool Channel::refresh_grid_points_inputs(const GridParams& geom, std::vector<double>& record) const
-{
-    // Compared while it is read, and written over only from the first
-    // difference on: an unchanged channel costs one read of the record.
-    double head[INPUTS_HEAD];
-    head_inputs(geom, head);
-    bool same = record.size() >= INPUTS_HEAD && same_bits(record.data(), head, INPUTS_HEAD);
-    if (!same)
-    {
-        record.resize(std::max(record.size(), INPUTS_HEAD));
-        std::memcpy(record.data(), head, sizeof head);
-    }
-    std::size_t end = INPUTS_HEAD;
-    for (const ChannelPoint* cp = _first; cp != nullptr; cp = cp->next(), end += INPUTS_PER_POINT)
-    {
-        double values[INPUTS_PER_POINT];
-        point_inputs(cp, values);
-        const bool room = end + INPUTS_PER_POINT <= record.size();
-        if (same && room && same_bits(record.data() + end, values, INPUTS_PER_POINT))
-            continue;
-        same = false;
-        if (!room)
-            record.resize(end + INPUTS_PER_POINT);
-        std::memcpy(record.data() + end, values, sizeof values);
-    }
-    if (record.size() != end)
-    {
-        same = false;
-        record.resize(end);
-    }
-    return same;
-}
-
 // The nodes under each section with the channel's elevation there; `full`
 // adds the bed, the curvature, the flow and the side.
 void Channel::collect_grid_points(const GridParams& geom, std::vector<ChannelGridPoint>& out, bool full) const
