@@ -284,6 +284,8 @@ private:
                                                           const ChannelPoint* cp2,
                                                           const GridParams& geom) const;
     void collect_grid_points(const GridParams& geom, std::vector<ChannelGridPoint>& out, bool full) const;
+    // The head of the grid points' record, eight values: calculator, half width and grid.
+    void head_inputs(const GridParams& geom, double* values) const;
     void init_scalars(const Channel& other);
     void init_points(const std::vector<Point3D>& points);
     // Rejects a chain too short to be a channel.

@@ -50,14 +50,28 @@ void ChannelGrid::empty_filled_cells()
     _cells.clear();
 }
 
+namespace
+{
+int clamped_index(double value, int size)
+{
+    const int index = static_cast<int>(value);
+    return std::max(0, std::min(index, size - 1));
+}
+} // namespace
+
 void ChannelGrid::initialize(const Channel& channel)
 {
     empty_filled_cells();
+    // ChannelPoint::get_grid_indices node by node, with the grid's shift and
+    // scale formed once: the same operations on the same values.
+    const Point2D shift(-getX0(), -getY0());
+    const Point2D scale(1. / getDx(), 1. / getDy());
     int idx = 0;
     for (ChannelPoint* cp = channel.first(); cp != nullptr; cp = cp->next(), ++idx)
     {
-        IPos cell;
-        cp->get_grid_indices(*this, cell.x, cell.y);
+        Point2D g(cp->get_abscissa(), cp->get_ordinate());
+        g.transform(shift, scale, true);
+        const IPos cell{clamped_index(g.get_abscissa(), _nx), clamped_index(g.get_ordinate(), _ny)};
         _cells.push_back(cell);
         ChannelGridCell& cpis = getObject(cell.x, cell.y);
         // Indices come in increasing order: the cell stays sorted.
@@ -68,8 +82,8 @@ void ChannelGrid::initialize(const Channel& channel)
 }
 
 // Each point is compared with the points of the nine cells around its own,
-// from the farthest along the chain down, so that the first hit removes the
-// longest loop; the search resumes past it, and every visited entry is erased.
+// and the hit farthest along the chain is kept, so that it removes the longest
+// loop; the search resumes past it, and every visited entry is erased.
 void ChannelGrid::get_intersections(const Channel& channel, std::vector<CutOff>& cuts)
 {
     cuts.clear();
@@ -77,8 +91,6 @@ void ChannelGrid::get_intersections(const Channel& channel, std::vector<CutOff>&
         return;
     const double width = channel.width();
     int cur_idx = 0;
-    // Reused for every point: the search runs at each iteration.
-    std::vector<std::pair<int, ChannelPoint*>> around;
     for (const IPos& cell : _cells)
     {
         ChannelGridCell& cpis = getObject(cell.x, cell.y);
@@ -89,36 +101,38 @@ void ChannelGrid::get_intersections(const Channel& channel, std::vector<CutOff>&
             ChannelPoint* p = cpis.entries[cpis.head].second;
             ++cpis.head;
 
-            // The entries of the nine cells, farthest along the chain first; a
-            // key met twice keeps its first entry, as a map insertion would.
-            around.clear();
-            for (int j = std::max(cell.y - 1, 0); j <= std::min(cell.y + 1, _ny - 1); ++j)
-                for (int i = std::max(cell.x - 1, 0); i <= std::min(cell.x + 1, _nx - 1); ++i)
-                {
-                    const ChannelGridCell& other = getObject(i, j);
-                    around.insert(around.end(),
-                                  other.entries.begin() + static_cast<std::ptrdiff_t>(other.head),
-                                  other.entries.end());
-                }
-            // A few entries: a stable insertion sort, which allocates nothing.
-            for (std::size_t k = 1; k < around.size(); ++k)
-                for (std::size_t m = k; m > 0 && around[m - 1].first < around[m].first; --m)
-                    std::swap(around[m - 1], around[m]);
-
-            bool found = false;
-            for (std::size_t k = 0; k < around.size() && around[k].first > cur_idx + 3; ++k)
+            // A point lies in one cell only, and a cell's entries rise along the
+            // chain: read from its back, a cell's first hit is its farthest, and
+            // entries not beyond the best hit so far need no distance.
+            int best = cur_idx + 3;
+            ChannelPoint* hit = nullptr;
+            const int i_begin = std::max(cell.x - 1, 0);
+            const int columns = std::min(cell.x + 1, _nx - 1) - i_begin + 1;
+            const int j_end = std::min(cell.y + 1, _ny - 1);
+            for (int j = std::max(cell.y - 1, 0); j <= j_end; ++j)
             {
-                if (k > 0 && around[k].first == around[k - 1].first)
-                    continue;
-                if (p->distance2D(*around[k].second) < width)
+                // A row of the neighbourhood lies in one run of the array.
+                const ChannelGridCell* row = &getObject(i_begin, j);
+                for (int i = 0; i < columns; ++i)
                 {
-                    cuts.emplace_back(p, around[k].second);
-                    cur_idx = around[k].first;
-                    found = true;
-                    break;
+                    const ChannelGridCell& other = row[i];
+                    const std::pair<int, ChannelPoint*>* begin = other.entries.data() + other.head;
+                    for (const std::pair<int, ChannelPoint*>* e = other.entries.data() + other.entries.size();
+                         e != begin && (e - 1)->first > best; --e)
+                        if (p->distance2D(*(e - 1)->second) < width)
+                        {
+                            best = (e - 1)->first;
+                            hit = (e - 1)->second;
+                            break;
+                        }
                 }
             }
-            if (!found)
+            if (hit != nullptr)
+            {
+                cuts.emplace_back(p, hit);
+                cur_idx = best;
+            }
+            else
                 ++cur_idx;
             cpis.drop_before(cur_idx);
         }

@@ -17,6 +17,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <cstring>
 #include <memory>
 
@@ -41,6 +42,22 @@ constexpr double UPSTREAM_PLUG_WIDTHS = 12.;
 constexpr double DOWNSTREAM_PLUG_WIDTHS = 6.;
 // Decay rate of the sand fraction over one plug length.
 constexpr double PLUG_DECAY = 3.;
+
+// Bit for bit, as memcmp, but inline: the records compared are short and
+// compared often.
+bool same_bits(const double* a, const double* b, std::size_t n)
+{
+    for (std::size_t k = 0; k < n; ++k)
+    {
+        std::uint64_t x;
+        std::uint64_t y;
+        std::memcpy(&x, a + k, sizeof x);
+        std::memcpy(&y, b + k, sizeof y);
+        if (x != y)
+            return false;
+    }
+    return true;
+}
 
 double clamp01(double t)
 {
@@ -75,7 +92,8 @@ class SegmentFraction
 {
 public:
     SegmentFraction(const ChannelPoint* a, const ChannelPoint* b)
-        : _a(a), _b(b), _chord(*a, *b), _chord2(_chord.scalar(_chord)),
+        : _a(a), _b(b), _pa(*a), _pb(*b), _na(a->normal()), _nb(b->normal()), _chord(*a, *b),
+          _chord2(_chord.scalar(_chord)),
           _a_normal(_chord2 > MP_EPSILON && a->normal().scalar(a->normal()) > MP_EPSILON),
           _b_normal(b->normal().scalar(b->normal()) > MP_EPSILON), _d1(a->normal().vectorial(_chord)),
           _d2(b->normal().vectorial(_chord))
@@ -89,12 +107,10 @@ public:
         // their parameters.
         if (_a_normal && _d1 != 0.)
         {
-            const Point2D& a = *_a;
-            const double l1 = _a->normal().vectorial(a - p) / _d1;
+            const double l1 = _na.vectorial(_pa - p) / _d1;
             if (_b_normal && _d2 != 0.)
             {
-                const Point2D& b = *_b;
-                const double l2 = _b->normal().vectorial(b - p) / _d2;
+                const double l2 = _nb.vectorial(_pb - p) / _d2;
                 if (l1 != l2)
                     return std::fabs(l1) / std::fabs(l1 - l2);
             }
@@ -102,12 +118,18 @@ public:
             if (denominator > 0.)
                 return std::fabs(l1) * std::sqrt(_chord2) / denominator;
         }
-        return Channel::norm_proj(p, *_a, *_b);
+        return Channel::norm_proj(p, _pa, _pb);
     }
 
 private:
     const ChannelPoint* _a;
     const ChannelPoint* _b;
+    // Copies of the ends and their normals: read at every node, they stay
+    // near this frame instead of being fetched from the points each time.
+    Point2D _pa;
+    Point2D _pb;
+    Vector2D _na;
+    Vector2D _nb;
     Vector2D _chord;
     double _chord2;
     bool _a_normal;
@@ -323,7 +345,7 @@ const std::vector<std::pair<int, int>>& Channel::section_nodes(std::size_t k, co
                                                 static_cast<double>(geom.getNx()),
                                                 static_cast<double>(geom.getNy())};
     // Bit for bit: the nodes depend on nothing else.
-    if (entry.known && std::memcmp(entry.key, key, sizeof key) == 0)
+    if (entry.known && same_bits(entry.key, key, SectionNodes::KEY_SIZE))
         return entry.nodes;
     geom.nodes_in_quad(corners, entry.nodes);
     std::memcpy(entry.key, key, sizeof key);
@@ -341,18 +363,53 @@ void Channel::find_grid_points_new(const GridParams& geom, std::vector<ChannelGr
     collect_grid_points(geom, out, true);
 }
 
-void Channel::grid_points_inputs(const GridParams& geom, std::vector<double>& out) const
+namespace
 {
-    out.clear();
+constexpr std::size_t INPUTS_HEAD = 8;
+constexpr std::size_t INPUTS_PER_POINT = 6;
+
+// INPUTS_PER_POINT values.
+void point_inputs(const ChannelPoint* cp, double* values)
+{
+    values[0] = cp->get_abscissa();
+    values[1] = cp->get_ordinate();
+    values[2] = cp->normal().get_abscissa();
+    values[3] = cp->normal().get_ordinate();
+    values[4] = cp->ds();
+    values[5] = cp->get_elevation();
+}
+} // namespace
+
+void Channel::head_inputs(const GridParams& geom, double* values) const
+{
     // The grid points' flows are built with the calculator.
     double calculator = 0.;
     static_assert(sizeof(_mc) <= sizeof(calculator), "a pointer fits in a double's bits");
     std::memcpy(&calculator, &_mc, sizeof(_mc));
-    out.insert(out.end(), {calculator, _half_width, geom.getX0(), geom.getY0(), geom.getDx(), geom.getDy(),
-                           static_cast<double>(geom.getNx()), static_cast<double>(geom.getNy())});
-    for (const ChannelPoint* cp = _first; cp != nullptr; cp = cp->next())
-        out.insert(out.end(), {cp->getX(), cp->getY(), cp->normal().get_abscissa(),
-                               cp->normal().get_ordinate(), cp->ds(), cp->get_elevation()});
+    values[0] = calculator;
+    values[1] = _half_width;
+    values[2] = geom.getX0();
+    values[3] = geom.getY0();
+    values[4] = geom.getDx();
+    values[5] = geom.getDy();
+    values[6] = static_cast<double>(geom.getNx());
+    values[7] = static_cast<double>(geom.getNy());
+}
+
+void Channel::grid_points_inputs(const GridParams& geom, std::vector<double>& out) const
+{
+    // Written in place, at the length the point count gives (checked as the
+    // chain is walked), and reusing the record's storage.
+    out.resize(INPUTS_HEAD + INPUTS_PER_POINT * static_cast<std::size_t>(std::max(_nb_cp, 0)));
+    head_inputs(geom, out.data());
+    std::size_t end = INPUTS_HEAD;
+    for (const ChannelPoint* cp = _first; cp != nullptr; cp = cp->next(), end += INPUTS_PER_POINT)
+    {
+        if (end + INPUTS_PER_POINT > out.size())
+            out.resize(end + INPUTS_PER_POINT);
+        point_inputs(cp, out.data() + end);
+    }
+    out.resize(end);
 }
 
 // The nodes under each section with the channel's elevation there; `full`
@@ -369,19 +426,24 @@ void Channel::collect_grid_points(const GridParams& geom, std::vector<ChannelGri
         out.clear();
         return;
     }
+    // Read once: the stores into `out` would make the compiler read them again at every node.
+    const double dx = geom.getDx();
+    const double dy = geom.getDy();
+    const Point2D origin = geom.getOrigin();
     std::size_t k = 0;
     for (const ChannelPoint* cp = _first->next(); cp != nullptr; cp = cp->next(), ++k)
     {
         const ChannelPoint* prev = cp->prev();
         const SegmentFraction fraction(prev, cp);
+        const double z1 = prev->get_elevation();
+        const double z2 = cp->get_elevation();
         for (const auto& cell : section_nodes(k, prev, cp, geom))
         {
-            const Point2D position =
-                Point2D(cell.first * geom.getDx(), cell.second * geom.getDy()) + geom.getOrigin();
+            const Point2D position = Point2D(cell.first * dx, cell.second * dy) + origin;
             // One fraction along the segment serves every field (the *_at_point helpers
             // would each compute it again).
             const double t = clamp01(fraction.at(position));
-            const double z = mix(prev->get_elevation(), cp->get_elevation(), t);
+            const double z = mix(z1, z2, t);
             // Built in place: a grid point carries a whole flow.
             ChannelGridPoint& point = count < out.size() ? out[count] : out.emplace_back(_mc);
             count++;
@@ -390,8 +452,7 @@ void Channel::collect_grid_points(const GridParams& geom, std::vector<ChannelGri
             point.z = z;
             if (full)
             {
-                point.bed = mix(prev->get_elevation(), cp->get_elevation(), t) -
-                            mix(prev->getFlowHmax(), cp->getFlowHmax(), t);
+                point.bed = mix(z1, z2, t) - mix(prev->getFlowHmax(), cp->getFlowHmax(), t);
                 const double c = mix(prev->getC(), cp->getC(), t);
                 point.curvature = c;
                 point.flow.assign_weighted_sum(prev->flow(), 1. - t, cp->flow(), t);

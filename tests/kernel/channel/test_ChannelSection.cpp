@@ -219,6 +219,20 @@ TEST_F(SectionTest, NodesOfASectionAndTheirElevation)
     channel->grid_points_inputs(*domain, record);
     channel->grid_points_inputs(*domain, changed);
     EXPECT_EQ(record, changed);
+    // A record written over a longer or shorter one, or one that differs in its
+    // last value, is the same as a fresh one.
+    std::vector<double> tail = record;
+    tail.push_back(0.);
+    std::vector<double> last = record;
+    last.back() += 1.;
+    std::vector<double> cut(record.begin(), record.end() - 1);
+    for (const std::vector<double>& stale :
+         {std::vector<double>(), std::vector<double>(3, 7.), std::vector<double>(1000, 7.), tail, last, cut})
+    {
+        changed = stale;
+        channel->grid_points_inputs(*domain, changed);
+        EXPECT_EQ(record, changed) << stale.size();
+    }
     auto smaller = make_domain(4, 6, 10.);
     const std::function<void()> changes[] = {
         [&] { b->reset(b->getX() + 7., b->getY() + 4., b->get_elevation()); },
