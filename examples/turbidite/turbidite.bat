@@ -2,9 +2,9 @@
 # (251 x 201 nodes of 200 m, channel 800 m wide and 40 m deep, floods every
 # 24 iterations on average). The channel builds levees, spills overbank
 # turbidites, breaks its levees into splays and avulses, while its course
-# rises by about 2 m at each flood. 2000 iterations (about 5 s of one core,
-# 0.21 GB of memory). Outputs are written to output/, next to this file:
-# about 127 MB, nearly all of it the block.
+# rises by about 2 m at each flood. 2000 iterations (about 4 s of one core,
+# 0.27 GB of memory). Outputs are written to output/, next to this file:
+# about 170 MB, nearly all of it the block.
 [GLOBAL]
 USE_TURBIDITE = 1
 F2G_FILE = output/turbidite.f2g
