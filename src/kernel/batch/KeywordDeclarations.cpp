@@ -55,8 +55,8 @@ const std::vector<KeywordDeclaration> KEYWORDS = {
     {"STATS_FILE", G, "Statistics", "path", UNSET, "", TIER_RESEARCH, "Statistics of the run, semicolon-separated"},
     {"STATS_CL_FILE", G, "Statistics", "path", "`<statistics name>_centerline.csv`", "", TIER_RESEARCH, "Statistics of the centerline"},
     {"STATS_COND_FILE", G, "Statistics", "path", UNSET, "", TIER_PREMIUM, "Statistics of the conditioning wells"},
-    {"STATS_IT", G, "Statistics", "int", UNSET, "iterations", TIER_RESEARCH, "Write statistics every this many iterations"},
-    {"STATS_AV", G, "Statistics", "int", UNSET, "avulsions", TIER_RESEARCH, "Write statistics every this many regional avulsions"},
+    {"STATS_IT", G, "Statistics", "int", UNSET, "iterations", TIER_RESEARCH, "Write statistics every this many iterations (1 to 1000)"},
+    {"STATS_AV", G, "Statistics", "int", UNSET, "avulsions", TIER_RESEARCH, "Write statistics every this many regional avulsions (1 to 1000)"},
     {"STATS_PROPS", G, "Statistics", "0 or 1", "0", "", TIER_RESEARCH, "Whether the statistics hold the facies proportions"},
     {"STATS_CL", G, "Statistics", "0 or 1", "0", "", TIER_RESEARCH, "Whether the centerline statistics are written"},
 

@@ -538,6 +538,13 @@ bool NewJournalFile::read_stats_keyword(const std::string& key, const std::strin
             return true;
         if (!toInt(value, number) || number <= 0)
             return bad_value(key, value);
+        // Refused here rather than replaced by 1 when the run starts, which
+        // would write statistics at every iteration.
+        if (number > static_cast<int>(Tracer::MP_MAX_STATS_INTERVAL))
+            return fail(key + " = " + value + " is too large: statistics are written at most every " +
+                        std::to_string(Tracer::MP_MAX_STATS_INTERVAL) +
+                        (key == "STATS_IT" ? " iterations" : " regional avulsions") +
+                        journal_support::where(_batchFile, _keyLine));
         (key == "STATS_IT" ? _statsIt : _statsAv) = number;
     }
     else if (key == "STATS_PROPS" || key == "STATS_CL")
