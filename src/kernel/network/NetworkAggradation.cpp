@@ -593,12 +593,12 @@ void Network::compute_aggrad_map(int ny_below, const std::vector<ChannelGridPoin
         MP_ASSERT_TEXT(!std::isnan(d), "!std::isnan(d)");
         deposits.push_back(FloodDeposit{&_domain->getObject(di, dj), rec.th * d, flood_facies(rec.gr)});
     }
-    // Laid in the flood's order (the mass balance sums them in it), the
-    // columns fetched ahead as the records were.
+    // Laid in the flood's order (the mass balance sums them in it), each
+    // column's deposit fields fetched ahead, as the channel's imprint does.
     for (std::size_t n = 0; n < deposits.size(); ++n)
     {
         if (n + PREFETCH_AHEAD < deposits.size())
-            prefetch_for_write(deposits[n + PREFETCH_AHEAD].set);
+            deposits[n + PREFETCH_AHEAD].set->prefetch();
         const FloodDeposit& deposit = deposits[n];
         deposit.set->deposit_thickness(deposit.thickness, deposit.facies, _iteration, _mb);
     }
